@@ -1,0 +1,59 @@
+#pragma once
+
+#include "errors/ErrorReporter.h"
+#include "errors/MessageBoxes.h"
+
+#include <QByteArray>
+#include <QMutex>
+#include <QString>
+#include <QStringList>
+#include <QTemporaryDir>
+#include <vector>
+
+// Helpers shared by the tests.
+
+// A real station file from the shared fixture folder.
+QString fixturePath(const QString& name);
+
+// A fresh folder removed after the test.
+class TempFolder {
+public:
+    TempFolder();
+    QString path() const { return dir_.path(); }
+    QString file(const QString& name) const { return dir_.filePath(name); }
+    // Writes `bytes` to a new file in the folder and returns its path.
+    QString write(const QString& name, const QByteArray& bytes) const;
+
+private:
+    QTemporaryDir dir_;
+};
+
+QByteArray readAll(const QString& path);
+
+// Records every reported error instead of showing it.
+class RecordingErrors final : public ErrorReporter {
+public:
+    void ReportError(const QString& message) override;
+    QStringList messages() const;
+    bool empty() const { return messages().isEmpty(); }
+
+private:
+    mutable QMutex mutex_;
+    QStringList messages_;
+};
+
+// Records every message box instead of showing it.
+class RecordingMessageBoxes final : public MessageBoxes {
+public:
+    struct Box {
+        QString title;
+        QString text;
+        Icon icon;
+    };
+    void show(const QString& title, const QString& text, Icon icon) override;
+    std::vector<Box> boxes() const;
+
+private:
+    mutable QMutex mutex_;
+    std::vector<Box> boxes_;
+};
