@@ -1,0 +1,78 @@
+#include "support/TestSupport.h"
+
+#include <QProcess>
+#include <gtest/gtest.h>
+
+namespace {
+
+struct ProgramRun {
+    int exitCode = -1;
+    QString out;
+    QString err;
+};
+
+ProgramRun nimbrel(const QStringList& arguments)
+{
+    QProcess process;
+    QProcessEnvironment environment = QProcessEnvironment::systemEnvironment();
+    environment.insert("TZ", "UTC");
+    process.setProcessEnvironment(environment);
+    process.start(QStringLiteral(NIMBREL_PROGRAM), arguments);
+    process.waitForFinished(30000);
+    return {process.exitCode(), QString::fromUtf8(process.readAllStandardOutput()),
+            QString::fromUtf8(process.readAllStandardError())};
+}
+
+}  // namespace
+
+TEST(CommandLine, ReadPrintsEveryValueOfTheReading)
+{
+    const ProgramRun run = nimbrel({"read", fixturePath("currdat-hwpro-ws2800.lst")});
+    EXPECT_EQ(run.exitCode, 0);
+    EXPECT_EQ(run.err, "");
+    EXPECT_EQ(run.out,
+              "Result: true\n"
+              "ReadDate: 2013-02-27 08:12:37\n"
+              "Stability: Fluctuating\n"
+              "StabilityData: 1\n"
+              "Trend: Rising\n"
+              "TrendData: 1\n"
+              "StormWarning: \n"
+              "StormWarningData: -1\n"
+              "RainTotal: 451\n"
+              "Rain24hr: 22.2\n"
+              "Rain1hr: 0\n"
+              "WindChill: 21.5\n"
+              "Dewpoint: 18.7\n"
+              "WindDirection: SW\n"
+              "WindSpeed: 0\n"
+              "HumidityIn: 54\n"
+              "HumidityOut: 84\n"
+              "TemperatureIn: 28.5\n"
+              "TemperatureOut: 21.5\n"
+              "Barometer: 936\n");
+}
+
+TEST(CommandLine, ReadFailurePrintsFalseAndTheLogLineOnStandardError)
+{
+    TempFolder folder;
+    const ProgramRun run = nimbrel({"read", folder.file("missing.lst")});
+    EXPECT_EQ(run.exitCode, 1);
+    EXPECT_TRUE(run.out.startsWith("Result: false\n"));
+    EXPECT_TRUE(run.err.contains("Current Data Read Error: File not found")) << run.err.toStdString();
+}
+
+TEST(CommandLine, ReadFeedAndHelp)
+{
+    TempFolder folder;
+    const QString feed = folder.write("feed.xml",
+                                      "<pubDate>Sat, 21 Nov 2026 03:30:00 GMT</pubDate>\n"
+                                      "<title>Current weather for Perth at 3:00 am WST</title>\n"
+                                      "<b>Temperature:</b> 23.4&deg;C\n");
+    const ProgramRun readRun = nimbrel({"read", feed, "--feed"});
+    EXPECT_TRUE(readRun.out.contains("TemperatureOut: 23.4\n")) << readRun.out.toStdString();
+
+    const ProgramRun help = nimbrel({"--help"});
+    EXPECT_EQ(help.exitCode, 0);
+    EXPECT_TRUE(help.out.contains("read FILE [--feed]"));
+}
