@@ -1,0 +1,81 @@
+#include "db/mdb/DataPage.h"
+
+namespace mdb {
+
+namespace {
+
+constexpr std::size_t kOwnerOffset = 4;
+constexpr int kMaxOverflowHops = 2;  // a pointer, then the row it points to
+
+std::string where(const Page& page)
+{
+    return "data page " + std::to_string(page.number);
+}
+
+}  // namespace
+
+uint32_t dataPageOwner(const Page& page)
+{
+    return page.view().u32(kOwnerOffset);
+}
+
+Result<std::vector<RowSlot>> readRowSlots(const Page& page, const Layout& layout)
+{
+    const ByteView view = page.view();
+    const uint16_t count = view.u16(layout.dataRowCountOffset);
+    const std::size_t tableEnd = layout.dataFirstRowOffset + std::size_t(count) * 2;
+    if (tableEnd > view.size())
+        return Error{where(page) + ": row count " + std::to_string(count) + " does not fit the page"};
+
+    std::vector<RowSlot> slots;
+    slots.reserve(count);
+    std::size_t previousStart = view.size();
+    for (uint16_t i = 0; i < count; ++i) {
+        const uint16_t raw = view.u16(layout.dataFirstRowOffset + std::size_t(i) * 2);
+        RowSlot slot;
+        slot.start = raw & kRowOffsetMask;
+        slot.end = uint16_t(previousStart);
+        slot.deleted = raw & kRowDeletedFlag;
+        slot.overflow = raw & kRowOverflowFlag;
+        if (slot.start < tableEnd || slot.start > previousStart) {
+            // A deleted row's offset may be stale; it is never read.
+            if (!slot.deleted)
+                return Error{where(page) + ": row " + std::to_string(i) + " offset " + std::to_string(slot.start) +
+                             " lies outside the row area"};
+            slot.start = slot.end = uint16_t(previousStart);
+        }
+        previousStart = slot.start;
+        slots.push_back(slot);
+    }
+    return slots;
+}
+
+Result<ByteView> readRow(Pager& pager, RowPointer pointer, Page& holder)
+{
+    for (int hop = 0; hop < kMaxOverflowHops; ++hop) {
+        auto page = readPageOfType(pager, pointer.page, kDataPage, "data");
+        if (!page)
+            return page.error();
+        holder = *page;
+        auto slots = readRowSlots(holder, pager.layout());
+        if (!slots)
+            return slots.error();
+        if (pointer.row >= slots->size())
+            return Error{where(holder) + ": row " + std::to_string(pointer.row) + " does not exist (the page has " +
+                         std::to_string(slots->size()) + " rows)"};
+        const RowSlot& slot = (*slots)[pointer.row];
+        // A moved row's new home is marked deleted so that scans pass it by;
+        // it is read only through the pointer left at its old place.
+        if (slot.deleted && hop == 0)
+            return Error{where(holder) + ": row " + std::to_string(pointer.row) + " is deleted"};
+        const ByteView bytes = holder.view().sub(slot.start, std::size_t(slot.end - slot.start));
+        if (!slot.overflow || hop > 0)
+            return bytes;
+        if (bytes.size() < 4)
+            return Error{where(holder) + ": row " + std::to_string(pointer.row) + " overflow pointer is cut short"};
+        pointer = RowPointer::unpack(bytes.u32(0));
+    }
+    return Error{"row overflow pointers loop starting at page " + std::to_string(pointer.page)};
+}
+
+}  // namespace mdb

@@ -1,0 +1,35 @@
+#pragma once
+
+#include "db/mdb/Pager.h"
+#include "db/mdb/TableDefinition.h"
+
+#include <vector>
+
+namespace mdb {
+
+// One entry of a data page's row offset table (FORMAT.md "Data pages").
+struct RowSlot {
+    uint16_t start = 0;  // first byte of the row on the page
+    uint16_t end = 0;    // one past its last byte
+    bool deleted = false;
+    bool overflow = false;  // the row holds a pointer to where the row now lives
+};
+
+constexpr uint16_t kRowDeletedFlag = 0x8000;
+constexpr uint16_t kRowOverflowFlag = 0x4000;
+constexpr uint16_t kRowOffsetMask = 0x1FFF;
+
+// The row slots of a data page, checked: every row lies inside the page,
+// after the offset table, and before the row stored ahead of it.
+Result<std::vector<RowSlot>> readRowSlots(const Page& page, const Layout& layout);
+
+// The table page a data page belongs to ("LVAL" pages of long values give
+// 0x4C41564C).
+uint32_t dataPageOwner(const Page& page);
+
+// The bytes of one row, following the overflow pointer of a moved row to
+// where the row now lives. Fails for a deleted row and a row number past the
+// page's rows.
+Result<ByteView> readRow(Pager& pager, RowPointer where, Page& holder);
+
+}  // namespace mdb

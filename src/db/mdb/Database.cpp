@@ -1,0 +1,202 @@
+#include "db/mdb/Database.h"
+
+#include "db/mdb/DataPage.h"
+#include "db/mdb/IndexKey.h"
+#include "db/mdb/IndexTree.h"
+#include "db/mdb/RowDecoder.h"
+#include "db/mdb/UsageMap.h"
+
+namespace mdb {
+
+namespace {
+
+constexpr uint32_t kCatalogPage = 2;
+constexpr int16_t kTableObjectType = 1;
+constexpr uint32_t kPageNumberMask = 0x00FFFFFF;
+
+template <typename T>
+T valueOr(const Value& value, T fallback)
+{
+    if (const T* v = std::get_if<T>(&value))
+        return *v;
+    return fallback;
+}
+
+}  // namespace
+
+Database::Database(std::unique_ptr<File> file, HeaderInfo header, uint32_t pageCount)
+    : file_(std::move(file)), header_(header), pager_(std::make_unique<Pager>(*file_, *header_.layout, pageCount))
+{
+}
+
+Result<std::unique_ptr<Database>> Database::open(const std::string& path)
+{
+    auto file = openDiskFile(path, OpenMode::ReadOnly);
+    if (!file)
+        return file.error();
+    return open(std::move(*file));
+}
+
+Result<std::unique_ptr<Database>> Database::open(std::unique_ptr<File> file)
+{
+    const std::string name = file->name();
+    auto size = file->size();
+    if (!size)
+        return size.error();
+    std::vector<uint8_t> first(std::min<uint64_t>(*size, jet4Layout().pageSize));
+    if (Status read = file->read(0, first); !read)
+        return read.error();
+    auto header = readHeader(first);
+    if (!header)
+        return within(name, header.error());
+    const uint64_t pages = *size / header->layout->pageSize;
+    if (pages < 3 || pages > kPageNumberMask)
+        return Error{name + ": " + std::to_string(*size) + " bytes is not a whole database"};
+
+    std::unique_ptr<Database> database(new Database(std::move(file), *header, uint32_t(pages)));
+    if (Status catalog = database->readCatalog(); !catalog)
+        return within(name, catalog.error());
+    return database;
+}
+
+Status Database::readCatalog()
+{
+    auto catalog = readTableDefinition(*pager_, kCatalogPage, "MSysObjects");
+    if (!catalog)
+        return catalog.error();
+    const Column* id = catalog->column("Id");
+    const Column* name = catalog->column("Name");
+    const Column* type = catalog->column("Type");
+    const Column* flags = catalog->column("Flags");
+    if (!id || !name || !type || !flags)
+        return Error{"the catalog lacks its Id, Name, Type or Flags column"};
+
+    const auto position = [&](const Column* c) { return std::size_t(c - catalog->columns.data()); };
+    return scan(*catalog, [&](const Row& row) {
+        if (valueOr<int16_t>(row.values[position(type)], 0) != kTableObjectType)
+            return true;
+        TableEntry entry;
+        entry.name = valueOr<std::string>(row.values[position(name)], "");
+        entry.definitionPage = uint32_t(valueOr<int32_t>(row.values[position(id)], 0)) & kPageNumberMask;
+        entry.flags = uint32_t(valueOr<int32_t>(row.values[position(flags)], 0));
+        tables_.push_back(entry);
+        return true;
+    }, {"Id", "Name", "Type", "Flags"});
+}
+
+const TableEntry* Database::findTable(const std::string& name) const
+{
+    for (const TableEntry& entry : tables_) {
+        if (entry.name == name)
+            return &entry;
+    }
+    return nullptr;
+}
+
+Result<TableDefinition> Database::definition(const std::string& tableName)
+{
+    const TableEntry* entry = findTable(tableName);
+    if (!entry)
+        return Error{"no table named " + tableName};
+    return readTableDefinition(*pager_, entry->definitionPage, tableName);
+}
+
+Status Database::scan(const TableDefinition& table, const std::function<bool(const Row&)>& visit,
+                      const std::vector<std::string>& columns)
+{
+    const std::string where = "table " + table.name;
+    std::vector<bool> wanted(table.columns.size(), columns.empty());
+    for (const std::string& name : columns) {
+        const Column* column = table.column(name);
+        if (!column)
+            return Error{where + " has no column named " + name};
+        wanted[std::size_t(column - table.columns.data())] = true;
+    }
+    auto owned = readUsageMap(*pager_, table.ownedPagesPointer, where + ", owned-page map");
+    if (!owned)
+        return owned.error();
+    const RowDecoder decoder(*pager_, table);
+    for (uint32_t pageNumber : owned->pages) {
+        auto bytes = pager_->read(pageNumber);
+        if (!bytes)
+            return within(where, bytes.error());
+        const Page page{pageNumber, *bytes};
+        // The map may list pages the table no longer uses; only its data pages count.
+        if (page.type() != kDataPage || dataPageOwner(page) != table.firstPage)
+            continue;
+        auto slots = readRowSlots(page, layout());
+        if (!slots)
+            return within(where, slots.error());
+        for (std::size_t i = 0; i < slots->size(); ++i) {
+            const RowSlot& slot = (*slots)[i];
+            if (slot.deleted)
+                continue;
+            Row row;
+            row.location = RowPointer{pageNumber, uint8_t(i)};
+            Page holder;
+            auto bytes = slot.overflow ? readRow(*pager_, row.location, holder)
+                                       : Result<ByteView>(page.view().sub(slot.start, std::size_t(slot.end - slot.start)));
+            if (!bytes)
+                return within(where, bytes.error());
+            auto values = decoder.decode(*bytes, &wanted);
+            if (!values)
+                return within(where + ", data page " + std::to_string(pageNumber) + ", row " + std::to_string(i),
+                              values.error());
+            row.values = std::move(*values);
+            if (!visit(row))
+                return Status::success();
+        }
+    }
+    return Status::success();
+}
+
+Result<std::vector<Row>> Database::readAll(const TableDefinition& table)
+{
+    std::vector<Row> rows;
+    Status scanned = scan(table, [&rows](const Row& row) {
+        rows.push_back(row);
+        return true;
+    });
+    if (!scanned)
+        return scanned.error();
+    return rows;
+}
+
+Result<Row> Database::readRowAt(const TableDefinition& table, RowPointer location)
+{
+    Page holder;
+    auto bytes = readRow(*pager_, location, holder);
+    if (!bytes)
+        return within("table " + table.name, bytes.error());
+    if (dataPageOwner(holder) != table.firstPage)
+        return Error{"table " + table.name + ": data page " + std::to_string(holder.number) + " belongs to another table"};
+    auto values = RowDecoder(*pager_, table).decode(*bytes);
+    if (!values)
+        return within("table " + table.name, values.error());
+    return Row{location, std::move(*values)};
+}
+
+Result<std::vector<Row>> Database::find(const TableDefinition& table, const std::string& indexName,
+                                        const std::vector<Value>& key)
+{
+    const Index* index = table.index(indexName);
+    if (!index)
+        return Error{"table " + table.name + " has no index named " + indexName};
+    const RealIndex& real = table.realIndexes[index->realIndex];
+    auto encoded = encodeKey(table, real, key);
+    if (!encoded)
+        return within("table " + table.name + ", index " + indexName, encoded.error());
+    auto pointers = IndexTree(*pager_, real).find(*encoded);
+    if (!pointers)
+        return within("table " + table.name + ", index " + indexName, pointers.error());
+    std::vector<Row> rows;
+    for (RowPointer pointer : *pointers) {
+        auto row = readRowAt(table, pointer);
+        if (!row)
+            return row.error();
+        rows.push_back(std::move(*row));
+    }
+    return rows;
+}
+
+}  // namespace mdb

@@ -1,0 +1,36 @@
+#pragma once
+
+#include "db/mdb/Pager.h"
+#include "db/mdb/TableDefinition.h"
+
+#include <vector>
+
+namespace mdb {
+
+// One entry of an index page (FORMAT.md "Index pages"): the encoded key, the
+// row it stands for and, on node pages, the page below whose last entry it is.
+struct IndexEntry {
+    std::vector<uint8_t> key;
+    RowPointer row;
+    uint32_t child = 0;
+};
+
+// An index page, decoded: its place in the tree and its entries in order,
+// with the shared prefix put back on each entry.
+struct IndexPage {
+    uint32_t number = 0;
+    bool leaf = true;
+    uint32_t owner = 0;  // the table's definition page
+    uint32_t previous = 0;
+    uint32_t next = 0;
+    uint32_t tail = 0;
+    uint16_t prefixLength = 0;
+    std::vector<IndexEntry> entries;
+};
+
+// Reads and checks an index page: entry boundaries inside the page, each
+// entry long enough for its pointers, the prefix no longer than the first
+// entry.
+Result<IndexPage> readIndexPage(Pager& pager, uint32_t number);
+
+}  // namespace mdb

@@ -1,0 +1,62 @@
+#include "db/mdb/Pager.h"
+
+namespace mdb {
+
+Pager::Pager(File& file, const Layout& layout, uint32_t pageCount)
+    : file_(file), layout_(layout), pageCount_(pageCount)
+{
+}
+
+Result<PageBytes> Pager::read(uint32_t pageNumber)
+{
+    if (auto found = cache_.find(pageNumber); found != cache_.end()) {
+        recent_.splice(recent_.begin(), recent_, found->second.position);
+        return found->second.bytes;
+    }
+    if (pageNumber >= pageCount_)
+        return Error{"page " + std::to_string(pageNumber) + " lies beyond the end of the file (" +
+                     std::to_string(pageCount_) + " pages)"};
+
+    auto bytes = std::make_shared<std::vector<uint8_t>>(layout_.pageSize);
+    if (Status read = file_.read(uint64_t(pageNumber) * layout_.pageSize, *bytes); !read)
+        return within("page " + std::to_string(pageNumber), read.error());
+    remember(pageNumber, bytes);
+    return PageBytes(bytes);
+}
+
+void Pager::remember(uint32_t pageNumber, PageBytes bytes)
+{
+    if (pageNumber >= pageCount_)
+        pageCount_ = pageNumber + 1;
+    if (auto found = cache_.find(pageNumber); found != cache_.end()) {
+        found->second.bytes = std::move(bytes);
+        recent_.splice(recent_.begin(), recent_, found->second.position);
+        return;
+    }
+    recent_.push_front(pageNumber);
+    cache_.emplace(pageNumber, Entry{std::move(bytes), recent_.begin()});
+    if (cache_.size() > kCachedPages) {
+        cache_.erase(recent_.back());
+        recent_.pop_back();
+    }
+}
+
+void Pager::clearCache()
+{
+    cache_.clear();
+    recent_.clear();
+}
+
+Result<Page> readPageOfType(Pager& pager, uint32_t number, uint8_t type, const char* what)
+{
+    auto bytes = pager.read(number);
+    if (!bytes)
+        return bytes.error();
+    Page page{number, *bytes};
+    if (page.type() != type)
+        return Error{std::string(what) + " page " + std::to_string(number) + ": page type is " +
+                     std::to_string(page.type()) + ", expected " + std::to_string(type)};
+    return page;
+}
+
+}  // namespace mdb

@@ -1,0 +1,75 @@
+#pragma once
+
+#include "db/mdb/ByteView.h"
+#include "db/mdb/File.h"
+#include "db/mdb/Layout.h"
+#include "db/mdb/Result.h"
+
+#include <list>
+#include <memory>
+#include <unordered_map>
+#include <vector>
+
+namespace mdb {
+
+// One page of the file, shared between its readers. The bytes never change
+// while a reader holds the page.
+using PageBytes = std::shared_ptr<const std::vector<uint8_t>>;
+
+// The only part of the engine that reads pages from the file. Keeps the most
+// recently used pages in memory (a bounded cache), and checks that every page
+// asked for lies inside the file.
+class Pager {
+public:
+    static constexpr std::size_t kCachedPages = 2048;
+
+    Pager(File& file, const Layout& layout, uint32_t pageCount);
+
+    const Layout& layout() const { return layout_; }
+    std::size_t pageSize() const { return layout_.pageSize; }
+    uint32_t pageCount() const { return pageCount_; }
+    File& file() { return file_; }
+
+    // The page, or an error saying that it lies outside the file or could
+    // not be read.
+    Result<PageBytes> read(uint32_t pageNumber);
+
+    // Forgets cached pages (after the file was changed by a writer).
+    void clearCache();
+    // Replaces a cached page after a write, and grows the page count.
+    void remember(uint32_t pageNumber, PageBytes bytes);
+
+private:
+    File& file_;
+    const Layout& layout_;
+    uint32_t pageCount_;
+    std::list<uint32_t> recent_;  // most recent first
+    struct Entry {
+        PageBytes bytes;
+        std::list<uint32_t>::iterator position;
+    };
+    std::unordered_map<uint32_t, Entry> cache_;
+};
+
+// A page in hand with its number, viewed with bounds checks.
+struct Page {
+    uint32_t number = 0;
+    PageBytes bytes;
+    ByteView view() const { return ByteView(bytes->data(), bytes->size()); }
+    uint8_t type() const { return view().u8(0); }
+};
+
+// Page type codes (FORMAT.md "Pages").
+enum PageType : uint8_t {
+    kHeaderPage = 0x00,
+    kDataPage = 0x01,
+    kTableDefinitionPage = 0x02,
+    kIndexNodePage = 0x03,
+    kIndexLeafPage = 0x04,
+    kUsageMapPage = 0x05,
+};
+
+// Reads a page and checks its type; the error names the page and what it was.
+Result<Page> readPageOfType(Pager& pager, uint32_t number, uint8_t type, const char* what);
+
+}  // namespace mdb
