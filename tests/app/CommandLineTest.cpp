@@ -76,3 +76,21 @@ TEST(CommandLine, ReadFeedAndHelp)
     EXPECT_EQ(help.exitCode, 0);
     EXPECT_TRUE(help.out.contains("read FILE [--feed]"));
 }
+
+TEST(CommandLine, MdbDumpListsTablesAndPrintsRows)
+{
+    const QString database = fixturePath("mdb/testV2000.mdb");
+    const ProgramRun list = nimbrel({"mdb-dump", database});
+    EXPECT_EQ(list.exitCode, 0);
+    EXPECT_TRUE(list.out.contains("Table1: 2 rows\n  A  Text (50)\n")) << list.out.toStdString();
+    EXPECT_TRUE(list.out.contains("  index PrimaryKey (A), primary key\n"));
+
+    const ProgramRun rows = nimbrel({"mdb-dump", database, "Table1"});
+    EXPECT_EQ(rows.out, "A\tB\tC\tD\tE\tF\tG\tH\tI\n"
+                        "abcdefg\thijklmnop\t2\t222\t333333333\t444.555\t1974-09-21 00:00:00\t3.5000\t1\n"
+                        "a\tb\t0\t0\t0\t0\t1981-12-12 00:00:00\t0.0000\t0\n");
+
+    const ProgramRun missing = nimbrel({"mdb-dump", database, "NoSuchTable"});
+    EXPECT_EQ(missing.exitCode, 1);
+    EXPECT_TRUE(missing.err.contains("no table named NoSuchTable"));
+}

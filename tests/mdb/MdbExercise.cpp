@@ -1,0 +1,39 @@
+#include "MdbExercise.h"
+
+#include "db/mdb/Database.h"
+#include "db/mdb/IndexTree.h"
+
+int exerciseDatabase(std::vector<uint8_t> bytes)
+{
+    auto database = mdb::Database::open(std::make_unique<mdb::MemoryFile>(std::move(bytes)));
+    if (!database)
+        return 1;
+    int errors = 0;
+    for (const auto& entry : (*database)->tables()) {
+        auto table = (*database)->definition(entry.name);
+        if (!table) {
+            ++errors;
+            continue;
+        }
+        std::vector<mdb::Row> rows;
+        mdb::Status scanned = (*database)->scan(*table, [&rows](const mdb::Row& row) {
+            if (rows.size() < 64)
+                rows.push_back(row);
+            return true;
+        });
+        errors += !scanned;
+        for (const mdb::Index& index : table->indexes) {
+            const mdb::RealIndex& real = table->realIndexes[index.realIndex];
+            int entries = 0;
+            errors += !mdb::IndexTree((*database)->pager(), real).forEachEntry([&entries](const mdb::IndexEntry&) {
+                return ++entries < 10000;
+            });
+            if (rows.empty() || real.columns.empty())
+                continue;
+            const mdb::Column* column = table->columnByNumber(real.columns.front().columnNumber);
+            const std::size_t position = std::size_t(column - table->columns.data());
+            errors += !(*database)->find(*table, index.name, {rows.front().values[position]});
+        }
+    }
+    return errors;
+}
