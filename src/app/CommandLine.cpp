@@ -1,5 +1,6 @@
 #include "app/CommandLine.h"
 
+#include "db/mdb/Database.h"
 #include "errors/ErrorLogFile.h"
 #include "errors/ErrorReporter.h"
 #include "readings/clsWeather.h"
@@ -21,7 +22,9 @@ const char* const kUsage =
     "  read FILE [--feed]   read a station current-data file (currdat.lst), or with\n"
     "                       --feed a saved weather feed page, and print the reading:\n"
     "                       \"Result: true|false\", then one \"Name: value\" line per value.\n"
-    "                       Read errors are printed to standard error.\n";
+    "                       Read errors are printed to standard error.\n"
+    "  mdb-dump FILE [TABLE] list the tables of an Access database with their columns\n"
+    "                       and row counts, or print one table's rows (tab-separated).\n";
 
 // Error-log lines, dated as in the log file, on standard error.
 class StandardErrorReporter final : public ErrorReporter {
@@ -80,6 +83,80 @@ int runRead(const QStringList& arguments)
     return result ? 0 : 1;
 }
 
+void printTableSummary(QTextStream& out, mdb::Database& database, const mdb::TableEntry& entry)
+{
+    auto table = database.definition(entry.name);
+    if (!table) {
+        out << QString::fromStdString(entry.name) << ": " << QString::fromStdString(table.error().message) << '\n';
+        return;
+    }
+    out << QString::fromStdString(entry.name) << (entry.isSystem() ? " (system)" : "") << ": "
+        << table->rowCount << " rows\n";
+    for (const mdb::Column& column : table->columns) {
+        out << "  " << QString::fromStdString(column.name) << "  " << mdb::typeName(column.type);
+        if (column.type == mdb::ColumnType::Text)
+            out << " (" << column.length / 2 << ")";
+        if (column.isAutonumber())
+            out << ", autonumber";
+        out << '\n';
+    }
+    for (const mdb::Index& index : table->indexes) {
+        out << "  index " << QString::fromStdString(index.name) << " (";
+        const auto& columns = table->realIndexes[index.realIndex].columns;
+        for (std::size_t i = 0; i < columns.size(); ++i) {
+            const mdb::Column* column = table->columnByNumber(columns[i].columnNumber);
+            out << (i ? ", " : "") << QString::fromStdString(column ? column->name : "?");
+        }
+        out << ")" << (index.kind == mdb::Index::kPrimaryKey ? ", primary key" : "") << '\n';
+    }
+}
+
+int printRows(QTextStream& out, mdb::Database& database, const std::string& tableName)
+{
+    auto table = database.definition(tableName);
+    if (!table) {
+        QTextStream(stderr) << "nimbrel mdb-dump: " << QString::fromStdString(table.error().message) << '\n';
+        return 1;
+    }
+    QStringList names;
+    for (const mdb::Column& column : table->columns)
+        names << QString::fromStdString(column.name);
+    out << names.join(u'\t') << '\n';
+    mdb::Status scanned = database.scan(*table, [&out](const mdb::Row& row) {
+        QStringList cells;
+        for (const mdb::Value& value : row.values)
+            cells << QString::fromStdString(mdb::toText(value)).replace(u'\t', u' ').replace(u'\n', u' ');
+        out << cells.join(u'\t') << '\n';
+        return true;
+    });
+    if (!scanned) {
+        out.flush();
+        QTextStream(stderr) << "nimbrel mdb-dump: " << QString::fromStdString(scanned.error().message) << '\n';
+        return 1;
+    }
+    return 0;
+}
+
+int runMdbDump(const QStringList& arguments)
+{
+    if (arguments.isEmpty() || arguments.size() > 2) {
+        QTextStream(stderr) << "nimbrel mdb-dump: give a database file and optionally a table\n";
+        return 2;
+    }
+    auto database = mdb::Database::open(arguments.first().toStdString());
+    if (!database) {
+        QTextStream(stderr) << "nimbrel mdb-dump: " << QString::fromStdString(database.error().message) << '\n';
+        return 1;
+    }
+    QTextStream out(stdout);
+    if (arguments.size() == 2)
+        return printRows(out, **database, arguments.at(1).toStdString());
+    out << QString::fromStdString((*database)->layout().name) << ", code page " << (*database)->header().codePage << '\n';
+    for (const mdb::TableEntry& entry : (*database)->tables())
+        printTableSummary(out, **database, entry);
+    return 0;
+}
+
 }  // namespace
 
 namespace CommandLine {
@@ -89,7 +166,7 @@ bool isCommand(const QStringList& arguments)
     if (arguments.size() < 2)
         return false;
     const QString& command = arguments.at(1);
-    return command == u"--help" || command == u"-h" || command == u"read";
+    return command == u"--help" || command == u"-h" || command == u"read" || command == u"mdb-dump";
 }
 
 int run(const QStringList& arguments)
@@ -97,6 +174,8 @@ int run(const QStringList& arguments)
     const QString command = arguments.value(1);
     if (command == u"read")
         return runRead(arguments.mid(2));
+    if (command == u"mdb-dump")
+        return runMdbDump(arguments.mid(2));
     QTextStream(stdout) << kUsage;
     return 0;
 }
