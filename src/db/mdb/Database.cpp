@@ -3,8 +3,11 @@
 #include "db/mdb/DataPage.h"
 #include "db/mdb/IndexKey.h"
 #include "db/mdb/IndexTree.h"
+#include "db/mdb/Journal.h"
 #include "db/mdb/RowDecoder.h"
 #include "db/mdb/UsageMap.h"
+
+#include <chrono>
 
 namespace mdb {
 
@@ -13,6 +16,7 @@ namespace {
 constexpr uint32_t kCatalogPage = 2;
 constexpr int16_t kTableObjectType = 1;
 constexpr uint32_t kPageNumberMask = 0x00FFFFFF;
+constexpr std::chrono::milliseconds kLockWait(3000);
 
 template <typename T>
 T valueOr(const Value& value, T fallback)
@@ -29,15 +33,63 @@ Database::Database(std::unique_ptr<File> file, HeaderInfo header, uint32_t pageC
 {
 }
 
-Result<std::unique_ptr<Database>> Database::open(const std::string& path)
+std::string Database::accessLockPath(const std::string& path)
 {
-    auto file = openDiskFile(path, OpenMode::ReadOnly);
+    const std::size_t dot = path.find_last_of('.');
+    const std::size_t slash = path.find_last_of('/');
+    if (dot == std::string::npos || (slash != std::string::npos && dot < slash))
+        return path + ".ldb";
+    return path.substr(0, dot) + ".ldb";
+}
+
+Result<std::unique_ptr<Database>> Database::open(const std::string& path, OpenMode mode)
+{
+    static DiskFileSystem disk;
+    return open(disk, path, mode);
+}
+
+Result<std::unique_ptr<Database>> Database::open(FileSystem& files, const std::string& path, OpenMode mode)
+{
+    if (mode == OpenMode::CreateNew)
+        return Error{path + ": use the database creator to make a new database"};
+    if (mode == OpenMode::ReadWrite && files.exists(accessLockPath(path)))
+        return Error{path + " is open in Access (" + accessLockPath(path) +
+                     " exists); close Access, or remove that file if Access is not running"};
+
+    // An interrupted change must be undone before anything is read, and that needs writing.
+    const bool mustRecover = files.exists(Journal::pathFor(path));
+    const OpenMode fileMode = mustRecover ? OpenMode::ReadWrite : mode;
+    auto file = files.open(path, fileMode);
     if (!file)
-        return file.error();
-    return open(std::move(*file));
+        return mustRecover ? within("an interrupted change must be undone but the file cannot be written", file.error())
+                           : file.error();
+    const LockKind lock = fileMode == OpenMode::ReadOnly ? LockKind::Shared : LockKind::Exclusive;
+    if (Status locked = files.lock(**file, lock, kLockWait); !locked)
+        return locked.error();
+    if (files.exists(Journal::pathFor(path))) {
+        auto size = (*file)->size();
+        if (!size)
+            return size.error();
+        auto recovered = Journal::recover(files, path, **file, jet4Layout().pageSize);
+        if (!recovered)
+            return within(path + ": undoing an interrupted change failed", recovered.error());
+    }
+
+    auto database = openChecked(std::move(*file));
+    if (!database)
+        return database.error();
+    (*database)->files_ = &files;
+    (*database)->path_ = path;
+    (*database)->mode_ = fileMode;
+    return database;
 }
 
 Result<std::unique_ptr<Database>> Database::open(std::unique_ptr<File> file)
+{
+    return openChecked(std::move(file));
+}
+
+Result<std::unique_ptr<Database>> Database::openChecked(std::unique_ptr<File> file)
 {
     const std::string name = file->name();
     auto size = file->size();
@@ -57,6 +109,29 @@ Result<std::unique_ptr<Database>> Database::open(std::unique_ptr<File> file)
     if (Status catalog = database->readCatalog(); !catalog)
         return within(name, catalog.error());
     return database;
+}
+
+Status Database::commit()
+{
+    if (broken_)
+        return Error{path_ + ": an earlier change failed; open the database again"};
+    if (!writable())
+        return Error{path_ + " is open for reading only"};
+    Status committed = Journal::commit(*files_, path_, *file_, *pager_);
+    if (!committed)
+        broken_ = true;
+    return committed;
+}
+
+void Database::rollback()
+{
+    pager_->discardChanges();
+}
+
+Status Database::reloadCatalog()
+{
+    tables_.clear();
+    return readCatalog();
 }
 
 Status Database::readCatalog()
@@ -179,6 +254,13 @@ Result<Row> Database::readRowAt(const TableDefinition& table, RowPointer locatio
 Result<std::vector<Row>> Database::find(const TableDefinition& table, const std::string& indexName,
                                         const std::vector<Value>& key)
 {
+    PagerIndexPages pages(*pager_);
+    return findRows(*this, pages, table, indexName, key);
+}
+
+Result<std::vector<Row>> findRows(Database& database, IndexPages& pages, const TableDefinition& table,
+                                  const std::string& indexName, const std::vector<Value>& key)
+{
     const Index* index = table.index(indexName);
     if (!index)
         return Error{"table " + table.name + " has no index named " + indexName};
@@ -186,12 +268,12 @@ Result<std::vector<Row>> Database::find(const TableDefinition& table, const std:
     auto encoded = encodeKey(table, real, key);
     if (!encoded)
         return within("table " + table.name + ", index " + indexName, encoded.error());
-    auto pointers = IndexTree(*pager_, real).find(*encoded);
+    auto pointers = IndexTree(pages, real, database.pager().pageCount()).find(*encoded);
     if (!pointers)
         return within("table " + table.name + ", index " + indexName, pointers.error());
     std::vector<Row> rows;
     for (RowPointer pointer : *pointers) {
-        auto row = readRowAt(table, pointer);
+        auto row = database.readRowAt(table, pointer);
         if (!row)
             return row.error();
         rows.push_back(std::move(*row));

@@ -1,7 +1,9 @@
 #pragma once
 
 #include "db/mdb/File.h"
+#include "db/mdb/FileSystem.h"
 #include "db/mdb/Header.h"
+#include "db/mdb/IndexPageCache.h"
 #include "db/mdb/Pager.h"
 #include "db/mdb/TableDefinition.h"
 #include "db/mdb/Value.h"
@@ -30,16 +32,24 @@ struct Row {
     std::vector<Value> values;
 };
 
-// An Access 2000-2003 (Jet 4) database file, open for reading.
+// An Access 2000-2003 (Jet 4) database file, open for reading or writing.
 //
-// open() checks the header (refusing other versions and encrypted files)
-// and reads the catalog. Every operation returns an Error naming the table
-// and page where the file is damaged; nothing is printed. Not thread-safe:
-// one Database per thread.
+// open() checks the header (refusing other versions and encrypted files),
+// takes a lock against other Nimbrel processes (shared for reading,
+// exclusive for writing), finishes or undoes a change that a crash
+// interrupted, and reads the catalog. Opening for writing is refused while
+// Access has the file open (its ".ldb" lock file exists). Every operation
+// returns an Error naming the table and page where the file is damaged;
+// nothing is printed. Not thread-safe: one Database per thread.
 class Database {
 public:
-    static Result<std::unique_ptr<Database>> open(const std::string& path);
+    static Result<std::unique_ptr<Database>> open(const std::string& path, OpenMode mode = OpenMode::ReadOnly);
+    static Result<std::unique_ptr<Database>> open(FileSystem& files, const std::string& path, OpenMode mode);
+    // A file already open, read-only, without locks or recovery (tests, dumps).
     static Result<std::unique_ptr<Database>> open(std::unique_ptr<File> file);
+
+    // The lock file Access keeps beside a database it has open.
+    static std::string accessLockPath(const std::string& path);
 
     const HeaderInfo& header() const { return header_; }
     const Layout& layout() const { return *header_.layout; }
@@ -64,15 +74,34 @@ public:
 
     Pager& pager() { return *pager_; }
     File& file() { return *file_; }
+    bool writable() const { return files_ != nullptr && mode_ != OpenMode::ReadOnly; }
+
+    // Writes the pending changes to the file, all or nothing (see Journal).
+    // After a failed commit the database must be opened again.
+    Status commit();
+    // Forgets the pending changes.
+    void rollback();
+    // Reads the catalog again (after tables were added).
+    Status reloadCatalog();
 
 private:
     Database(std::unique_ptr<File> file, HeaderInfo header, uint32_t pageCount);
+    static Result<std::unique_ptr<Database>> openChecked(std::unique_ptr<File> file);
     Status readCatalog();
 
     std::unique_ptr<File> file_;
     HeaderInfo header_;
     std::unique_ptr<Pager> pager_;
     std::vector<TableEntry> tables_;
+    FileSystem* files_ = nullptr;
+    std::string path_;
+    OpenMode mode_ = OpenMode::ReadOnly;
+    bool broken_ = false;
 };
+
+// The rows whose first key.size() columns of the index equal `key`, reading
+// index pages from `pages`.
+Result<std::vector<Row>> findRows(Database& database, IndexPages& pages, const TableDefinition& table,
+                                  const std::string& indexName, const std::vector<Value>& key);
 
 }  // namespace mdb

@@ -75,6 +75,7 @@ public:
     }
 
     std::string name() const override { return path_; }
+    int descriptor() const { return fd_; }
 
 private:
     int fd_;
@@ -86,15 +87,29 @@ private:
 Result<std::unique_ptr<File>> openDiskFile(const std::string& path, OpenMode mode)
 {
     struct stat info {};
-    if (::stat(path.c_str(), &info) != 0)
-        return Error{systemError("cannot open", path)};
-    if (S_ISDIR(info.st_mode))
-        return Error{path + " is a folder, not a database file"};
-    const int flags = (mode == OpenMode::ReadOnly ? O_RDONLY : O_RDWR) | O_CLOEXEC;
-    const int fd = ::open(path.c_str(), flags);
+    if (mode != OpenMode::CreateNew) {
+        if (::stat(path.c_str(), &info) != 0)
+            return Error{systemError("cannot open", path)};
+        if (S_ISDIR(info.st_mode))
+            return Error{path + " is a folder, not a database file"};
+    }
+    int flags = O_CLOEXEC;
+    if (mode == OpenMode::ReadOnly)
+        flags |= O_RDONLY;
+    else if (mode == OpenMode::ReadWrite)
+        flags |= O_RDWR;
+    else
+        flags |= O_RDWR | O_CREAT | O_EXCL;
+    const int fd = ::open(path.c_str(), flags, 0644);
     if (fd < 0)
         return Error{systemError("cannot open", path)};
     return std::unique_ptr<File>(std::make_unique<DiskFile>(fd, path));
+}
+
+int diskFileDescriptor(File& file)
+{
+    auto* disk = dynamic_cast<DiskFile*>(&file);
+    return disk ? disk->descriptor() : -1;
 }
 
 Status MemoryFile::read(uint64_t offset, std::span<uint8_t> out)

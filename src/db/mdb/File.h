@@ -28,11 +28,15 @@ public:
     virtual std::string name() const = 0;
 };
 
-enum class OpenMode { ReadOnly, ReadWrite };
+enum class OpenMode { ReadOnly, ReadWrite, CreateNew };
 
 // Opens a file on disk. A missing file, a folder, or a file that cannot be
-// opened in the mode asked for is an Error naming it.
+// opened in the mode asked for is an Error naming it; CreateNew fails when
+// the file exists.
 Result<std::unique_ptr<File>> openDiskFile(const std::string& path, OpenMode mode);
+
+// The descriptor of a file opened by openDiskFile, or -1 for other files.
+int diskFileDescriptor(File& file);
 
 // A file held in memory. Copies share nothing; content() shows the bytes.
 class MemoryFile final : public File {

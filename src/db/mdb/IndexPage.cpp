@@ -1,5 +1,7 @@
 #include "db/mdb/IndexPage.h"
 
+#include <algorithm>
+
 namespace mdb {
 
 namespace {
@@ -77,6 +79,103 @@ Result<IndexPage> readIndexPage(Pager& pager, uint32_t number)
         start = end;
     }
     return index;
+}
+
+}  // namespace mdb
+
+namespace mdb {
+
+namespace {
+
+void put16(std::vector<uint8_t>& bytes, std::size_t at, uint16_t value)
+{
+    bytes[at] = uint8_t(value);
+    bytes[at + 1] = uint8_t(value >> 8);
+}
+
+void put32(std::vector<uint8_t>& bytes, std::size_t at, uint32_t value)
+{
+    for (int i = 0; i < 4; ++i)
+        bytes[at + std::size_t(i)] = uint8_t(value >> (8 * i));
+}
+
+// The length of the prefix all entries share: that of the first and last
+// entry, as entries are in order. It stays within the keys.
+std::size_t sharedPrefix(const IndexPage& page)
+{
+    if (page.entries.size() < 2)
+        return 0;
+    const auto& first = page.entries.front().key;
+    const auto& last = page.entries.back().key;
+    std::size_t length = 0;
+    while (length < first.size() && length < last.size() && first[length] == last[length])
+        ++length;
+    return length;
+}
+
+}  // namespace
+
+bool entryLess(const IndexEntry& a, const IndexEntry& b)
+{
+    if (a.key != b.key)
+        return std::lexicographical_compare(a.key.begin(), a.key.end(), b.key.begin(), b.key.end());
+    return a.row < b.row;
+}
+
+std::vector<uint8_t> entryBytes(const IndexEntry& entry, bool leaf)
+{
+    std::vector<uint8_t> bytes = entry.key;
+    bytes.push_back(uint8_t(entry.row.page >> 16));
+    bytes.push_back(uint8_t(entry.row.page >> 8));
+    bytes.push_back(uint8_t(entry.row.page));
+    bytes.push_back(entry.row.row);
+    if (!leaf) {
+        for (int shift = 24; shift >= 0; shift -= 8)
+            bytes.push_back(uint8_t(entry.child >> shift));
+    }
+    return bytes;
+}
+
+std::size_t storedEntriesSize(const IndexPage& page)
+{
+    const std::size_t prefix = sharedPrefix(page);
+    const std::size_t pointers = kRowPointerSize + (page.leaf ? 0 : kChildPointerSize);
+    std::size_t size = 0;
+    for (std::size_t i = 0; i < page.entries.size(); ++i)
+        size += page.entries[i].key.size() + pointers - (i == 0 ? 0 : prefix);
+    return size;
+}
+
+bool fitsOnPage(const IndexPage& page, const Layout& layout)
+{
+    return storedEntriesSize(page) <= layout.pageSize - layout.indexFirstEntryOffset;
+}
+
+Status encodeIndexPage(const IndexPage& page, const Layout& layout, std::vector<uint8_t>& bytes)
+{
+    if (!fitsOnPage(page, layout))
+        return Error{"index page " + std::to_string(page.number) + ": entries do not fit"};
+    const std::size_t prefix = sharedPrefix(page);
+    bytes.assign(layout.pageSize, 0);
+    bytes[0] = page.leaf ? kIndexLeafPage : kIndexNodePage;
+    bytes[1] = 0x01;
+    put32(bytes, kOwnerOffset, page.owner);
+    put32(bytes, layout.indexPrevPageOffset, page.previous);
+    put32(bytes, layout.indexNextPageOffset, page.next);
+    put32(bytes, layout.indexTailPageOffset, page.tail);
+    put16(bytes, layout.indexPrefixLengthOffset, uint16_t(prefix));
+
+    std::size_t at = layout.indexFirstEntryOffset;
+    for (std::size_t i = 0; i < page.entries.size(); ++i) {
+        const std::vector<uint8_t> stored = entryBytes(page.entries[i], page.leaf);
+        const std::size_t skip = i == 0 ? 0 : prefix;
+        std::copy(stored.begin() + std::ptrdiff_t(skip), stored.end(), bytes.begin() + std::ptrdiff_t(at));
+        at += stored.size() - skip;
+        const std::size_t bit = at - layout.indexFirstEntryOffset;
+        bytes[layout.indexBitmaskOffset + bit / 8] = uint8_t(bytes[layout.indexBitmaskOffset + bit / 8] | (1 << (bit % 8)));
+    }
+    put16(bytes, 2, uint16_t(layout.pageSize - at));
+    return Status::success();
 }
 
 }  // namespace mdb

@@ -33,4 +33,19 @@ struct IndexPage {
 // entry.
 Result<IndexPage> readIndexPage(Pager& pager, uint32_t number);
 
+// The stored bytes of an entry: key, row pointer and (node pages) child.
+std::vector<uint8_t> entryBytes(const IndexEntry& entry, bool leaf);
+
+// The bytes the page's entries take when stored with their shared prefix.
+std::size_t storedEntriesSize(const IndexPage& page);
+// Whether the page's entries fit on one page.
+bool fitsOnPage(const IndexPage& page, const Layout& layout);
+
+// Writes the page (header, entry bitmap, entries with the prefix they share)
+// into `bytes`. Fails when the entries do not fit.
+Status encodeIndexPage(const IndexPage& page, const Layout& layout, std::vector<uint8_t>& bytes);
+
+// Orders entries as an index does: by key, then by row pointer.
+bool entryLess(const IndexEntry& a, const IndexEntry& b);
+
 }  // namespace mdb

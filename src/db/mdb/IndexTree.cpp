@@ -21,43 +21,57 @@ Result<uint32_t> IndexTree::leafFor(const std::vector<uint8_t>* prefix)
     for (;;) {
         if (!visited.insert(current).second)
             return Error{"index pages loop at page " + std::to_string(current)};
-        auto page = readIndexPage(pager_, current);
-        if (!page)
-            return page.error();
+        auto loaded = pages_.get(current);
+        if (!loaded)
+            return loaded.error();
+        const IndexPage* page = *loaded;
         if (page->leaf)
             return current;
-        if (page->entries.empty())
-            return Error{"index node page " + std::to_string(current) + " has no entries"};
-        // Each node entry carries the last key of its child: descend into the
-        // first child that may hold keys at or after the prefix.
-        const IndexEntry* chosen = &page->entries.back();
+        // Each node entry carries the last entry of its child; the last
+        // child (the tail) has no entry. Descend into the first child that
+        // may hold keys at or after the prefix.
+        if (page->entries.empty() && page->tail == 0)
+            return Error{"index node page " + std::to_string(current) + " has no children"};
+        uint32_t next = page->tail != 0 ? page->tail : page->entries.back().child;
+        if (!prefix && !page->entries.empty())
+            next = page->entries.front().child;
         if (prefix) {
             for (const IndexEntry& entry : page->entries) {
                 if (!std::lexicographical_compare(entry.key.begin(), entry.key.end(), prefix->begin(), prefix->end())) {
-                    chosen = &entry;
+                    next = entry.child;
                     break;
                 }
             }
-        } else {
-            chosen = &page->entries.front();
         }
-        current = chosen->child;
+        current = next;
     }
 }
 
-Status IndexTree::walkLeaves(uint32_t first, const std::function<bool(const IndexEntry&)>& visit)
+Status IndexTree::walkLeaves(uint32_t first, const std::function<bool(const IndexEntry&)>& visit,
+                             const std::vector<uint8_t>* from)
 {
     std::set<uint32_t> visited;
     for (uint32_t current = first; current != 0;) {
-        if (!visited.insert(current).second || visited.size() > pager_.pageCount())
+        if (!visited.insert(current).second || visited.size() > pageCount_)
             return Error{"index leaf pages loop at page " + std::to_string(current)};
-        auto page = readIndexPage(pager_, current);
-        if (!page)
-            return page.error();
+        auto loaded = pages_.get(current);
+        if (!loaded)
+            return loaded.error();
+        const IndexPage* page = *loaded;
         if (!page->leaf)
             return Error{"index page " + std::to_string(current) + " is chained among leaves but is a node page"};
-        for (const IndexEntry& entry : page->entries) {
-            if (!visit(entry))
+        auto begin = page->entries.begin();
+        if (from) {
+            // On the first leaf, skip the entries before the key at once.
+            begin = std::lower_bound(page->entries.begin(), page->entries.end(), *from,
+                                     [](const IndexEntry& entry, const std::vector<uint8_t>& key) {
+                                         return std::lexicographical_compare(entry.key.begin(), entry.key.end(),
+                                                                             key.begin(), key.end());
+                                     });
+            from = nullptr;
+        }
+        for (auto it = begin; it != page->entries.end(); ++it) {
+            if (!visit(*it))
                 return Status::success();
         }
         current = page->next;
@@ -79,14 +93,16 @@ Result<std::vector<RowPointer>> IndexTree::find(const std::vector<uint8_t>& pref
     if (!leaf)
         return leaf.error();
     std::vector<RowPointer> rows;
+    bool started = false;
     Status walked = walkLeaves(*leaf, [&](const IndexEntry& entry) {
         if (startsWith(entry.key, prefix)) {
+            started = true;
             rows.push_back(entry.row);
             return true;
         }
         // Before the prefix: keep going; past it: done.
-        return std::lexicographical_compare(entry.key.begin(), entry.key.end(), prefix.begin(), prefix.end());
-    });
+        return !started && std::lexicographical_compare(entry.key.begin(), entry.key.end(), prefix.begin(), prefix.end());
+    }, &prefix);
     if (!walked)
         return walked.error();
     return rows;

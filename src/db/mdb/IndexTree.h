@@ -1,8 +1,9 @@
 #pragma once
 
-#include "db/mdb/IndexPage.h"
+#include "db/mdb/IndexPageCache.h"
 
 #include <functional>
+#include <memory>
 #include <vector>
 
 namespace mdb {
@@ -11,7 +12,11 @@ namespace mdb {
 // lead down to leaf pages, and leaf pages are chained in key order.
 class IndexTree {
 public:
-    IndexTree(Pager& pager, const RealIndex& index) : pager_(pager), index_(index) {}
+    // Reads pages from the pager, or from `pages` (a writer's cache).
+    IndexTree(Pager& pager, const RealIndex& index)
+        : owned_(std::make_unique<PagerIndexPages>(pager)), pages_(*owned_), index_(index), pageCount_(pager.pageCount()) {}
+    IndexTree(IndexPages& pages, const RealIndex& index, uint32_t pageCount)
+        : pages_(pages), index_(index), pageCount_(pageCount) {}
 
     // Calls `visit` for each leaf entry in key order; stops early when it
     // returns false. Fails when a page is damaged or the chain loops.
@@ -23,11 +28,15 @@ public:
 private:
     // The leaf page under `page` where a search for `prefix` starts.
     Result<uint32_t> leafFor(const std::vector<uint8_t>* prefix);
-    // Visits leaves from `first` on along their chain.
-    Status walkLeaves(uint32_t first, const std::function<bool(const IndexEntry&)>& visit);
+    // Visits leaves from `first` on along their chain; with `from`, the first
+    // leaf's entries below that key are passed over.
+    Status walkLeaves(uint32_t first, const std::function<bool(const IndexEntry&)>& visit,
+                      const std::vector<uint8_t>* from = nullptr);
 
-    Pager& pager_;
+    std::unique_ptr<PagerIndexPages> owned_;
+    IndexPages& pages_;
     const RealIndex& index_;
+    uint32_t pageCount_ = 0;
 };
 
 }  // namespace mdb

@@ -100,7 +100,7 @@ const Layout& jet4Layout()
         .realIndexEntrySize = 52,
         .realIndexColumnsOffset = 4,
         .realIndexRootOffset = 38,
-        .realIndexFlagsOffset = 42,
+        .realIndexFlagsOffset = 46,
         .logicalIndexEntrySize = 28,
         .logicalIndexNumberOffset = 4,
         .logicalIndexRealNumberOffset = 8,

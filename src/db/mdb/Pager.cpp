@@ -3,12 +3,14 @@
 namespace mdb {
 
 Pager::Pager(File& file, const Layout& layout, uint32_t pageCount)
-    : file_(file), layout_(layout), pageCount_(pageCount)
+    : file_(file), layout_(layout), pageCount_(pageCount), committedPageCount_(pageCount)
 {
 }
 
 Result<PageBytes> Pager::read(uint32_t pageNumber)
 {
+    if (auto changed = changed_.find(pageNumber); changed != changed_.end())
+        return PageBytes(changed->second);
     if (auto found = cache_.find(pageNumber); found != cache_.end()) {
         recent_.splice(recent_.begin(), recent_, found->second.position);
         return found->second.bytes;
@@ -26,8 +28,6 @@ Result<PageBytes> Pager::read(uint32_t pageNumber)
 
 void Pager::remember(uint32_t pageNumber, PageBytes bytes)
 {
-    if (pageNumber >= pageCount_)
-        pageCount_ = pageNumber + 1;
     if (auto found = cache_.find(pageNumber); found != cache_.end()) {
         found->second.bytes = std::move(bytes);
         recent_.splice(recent_.begin(), recent_, found->second.position);
@@ -41,10 +41,37 @@ void Pager::remember(uint32_t pageNumber, PageBytes bytes)
     }
 }
 
-void Pager::clearCache()
+Result<std::vector<uint8_t>*> Pager::modify(uint32_t pageNumber)
 {
-    cache_.clear();
-    recent_.clear();
+    if (auto changed = changed_.find(pageNumber); changed != changed_.end())
+        return changed->second.get();
+    auto current = read(pageNumber);
+    if (!current)
+        return current.error();
+    auto copy = std::make_shared<std::vector<uint8_t>>(**current);
+    changed_[pageNumber] = copy;
+    return copy.get();
+}
+
+uint32_t Pager::append()
+{
+    const uint32_t pageNumber = pageCount_++;
+    changed_[pageNumber] = std::make_shared<std::vector<uint8_t>>(layout_.pageSize, uint8_t(0));
+    return pageNumber;
+}
+
+void Pager::discardChanges()
+{
+    changed_.clear();
+    pageCount_ = committedPageCount_;
+}
+
+void Pager::acceptChanges()
+{
+    for (auto& [pageNumber, bytes] : changed_)
+        remember(pageNumber, bytes);
+    changed_.clear();
+    committedPageCount_ = pageCount_;
 }
 
 Result<Page> readPageOfType(Pager& pager, uint32_t number, uint8_t type, const char* what)

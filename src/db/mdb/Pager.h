@@ -6,6 +6,7 @@
 #include "db/mdb/Result.h"
 
 #include <list>
+#include <map>
 #include <memory>
 #include <unordered_map>
 #include <vector>
@@ -19,6 +20,11 @@ using PageBytes = std::shared_ptr<const std::vector<uint8_t>>;
 // The only part of the engine that reads pages from the file. Keeps the most
 // recently used pages in memory (a bounded cache), and checks that every page
 // asked for lies inside the file.
+//
+// Changes are made to private copies of pages (modify, append) that every
+// read sees at once; they reach the file only when a commit writes them (see
+// Journal), and discardChanges() forgets them. A view of a page taken before
+// it is modified sees the modification too: do not keep views across changes.
 class Pager {
 public:
     static constexpr std::size_t kCachedPages = 2048;
@@ -34,12 +40,24 @@ public:
     // not be read.
     Result<PageBytes> read(uint32_t pageNumber);
 
-    // Forgets cached pages (after the file was changed by a writer).
-    void clearCache();
-    // Replaces a cached page after a write, and grows the page count.
-    void remember(uint32_t pageNumber, PageBytes bytes);
+    // The page's bytes for changing: a copy private to the pending changes.
+    Result<std::vector<uint8_t>*> modify(uint32_t pageNumber);
+    // A new zero-filled page at the end of the file, part of the pending changes.
+    uint32_t append();
+
+    bool hasChanges() const { return !changed_.empty(); }
+    // The changed and added pages, in page order.
+    const std::map<uint32_t, std::shared_ptr<std::vector<uint8_t>>>& changes() const { return changed_; }
+    // The page count of the file as last committed.
+    uint32_t committedPageCount() const { return committedPageCount_; }
+    // Forgets the pending changes.
+    void discardChanges();
+    // After a commit: the pending changes are now the file's content.
+    void acceptChanges();
 
 private:
+    void remember(uint32_t pageNumber, PageBytes bytes);
+
     File& file_;
     const Layout& layout_;
     uint32_t pageCount_;
@@ -49,6 +67,8 @@ private:
         std::list<uint32_t>::iterator position;
     };
     std::unordered_map<uint32_t, Entry> cache_;
+    std::map<uint32_t, std::shared_ptr<std::vector<uint8_t>>> changed_;
+    uint32_t committedPageCount_;
 };
 
 // A page in hand with its number, viewed with bounds checks.

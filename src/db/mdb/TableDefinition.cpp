@@ -11,6 +11,7 @@ namespace {
 
 constexpr std::size_t kDefinitionPageHeader = 8;
 constexpr std::size_t kNextPageOffset = 4;
+constexpr std::size_t kDefinitionLengthOffset = 8;
 constexpr std::size_t kMaxDefinitionPages = 64;
 constexpr int kIndexColumnSlots = 10;
 constexpr uint16_t kNoColumn = 0xFFFF;
@@ -197,11 +198,11 @@ Result<TableDefinition> readTableDefinition(Pager& pager, uint32_t page, const s
 
     DefinitionCursor cursor(view, layout.tdefRealIndexStart);
     ByteView entry;
-    std::vector<uint32_t> entryCounts;
+    std::vector<uint32_t> distinctKeyss;
     for (uint32_t i = 0; i < realIndexCount; ++i) {
         if (!cursor.take(layout.realIndexCountEntrySize, entry))
             return damaged(table, "index counts run past the end of the definition");
-        entryCounts.push_back(entry.u32(4));
+        distinctKeyss.push_back(entry.u32(4));
     }
     for (uint16_t i = 0; i < columnCount; ++i) {
         if (!cursor.take(layout.columnEntrySize, entry))
@@ -216,7 +217,7 @@ Result<TableDefinition> readTableDefinition(Pager& pager, uint32_t page, const s
         if (!cursor.take(layout.realIndexEntrySize, entry))
             return damaged(table, "index definitions run past the end of the definition");
         table.realIndexes.push_back(parseRealIndex(entry, layout));
-        table.realIndexes.back().entryCount = entryCounts[i];
+        table.realIndexes.back().distinctKeys = distinctKeyss[i];
     }
     for (uint32_t i = 0; i < indexCount; ++i) {
         if (!cursor.take(layout.logicalIndexEntrySize, entry))
@@ -227,6 +228,14 @@ Result<TableDefinition> readTableDefinition(Pager& pager, uint32_t page, const s
         if (!readName(cursor, layout, index.name))
             return damaged(table, "index names run past the end of the definition");
     }
+    // The long-value columns' page maps, ended by 0xFFFF (absent in some files).
+    while (cursor.take(2, entry) && entry.u16(0) != kNoColumn) {
+        ByteView maps;
+        if (!cursor.take(8, maps))
+            break;
+        table.longValueMaps.push_back({entry.u16(0), maps.u32(0), maps.u32(4)});
+    }
+    table.length = view.u32(kDefinitionLengthOffset);
 
     std::sort(table.columns.begin(), table.columns.end(),
               [](const Column& a, const Column& b) { return a.number < b.number; });

@@ -57,11 +57,19 @@ struct RealIndex {
     uint32_t ownedPagesPointer = 0;
     uint32_t rootPage = 0;
     uint8_t flags = 0;
-    uint32_t entryCount = 0;  // as the definition records it
+    uint32_t distinctKeys = 0;  // number of different keys, as the definition records it
 
     static constexpr uint8_t kUniqueFlag = 0x01;
     static constexpr uint8_t kIgnoreNullsFlag = 0x02;
     static constexpr uint8_t kRequiredFlag = 0x08;
+    static constexpr uint8_t kAlwaysSetFlag = 0x80;
+};
+
+// The usage maps of a long-value column's pages.
+struct LongValueMaps {
+    uint16_t columnNumber = 0;
+    uint32_t ownedPagesPointer = 0;
+    uint32_t freePagesPointer = 0;
 };
 
 // An index as the user sees it: a name over a real index.
@@ -90,6 +98,8 @@ struct TableDefinition {
     std::vector<Column> columns;  // in column-number order
     std::vector<RealIndex> realIndexes;
     std::vector<Index> indexes;
+    std::vector<LongValueMaps> longValueMaps;
+    std::size_t length = 0;  // of the definition's bytes
 
     const Column* column(const std::string& columnName) const;
     const Column* columnByNumber(uint16_t number) const;

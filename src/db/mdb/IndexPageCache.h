@@ -1,0 +1,56 @@
+#pragma once
+
+#include "db/mdb/IndexPage.h"
+
+#include <map>
+#include <memory>
+
+namespace mdb {
+
+// Where decoded index pages come from.
+class IndexPages {
+public:
+    virtual ~IndexPages() = default;
+    // The decoded page. For PagerIndexPages it stays valid until the next
+    // call; for IndexPageCache until the cache is cleared.
+    virtual Result<const IndexPage*> get(uint32_t number) = 0;
+};
+
+// Decodes each page from the pager as it is asked for.
+class PagerIndexPages final : public IndexPages {
+public:
+    explicit PagerIndexPages(Pager& pager) : pager_(pager) {}
+    Result<const IndexPage*> get(uint32_t number) override;
+
+private:
+    Pager& pager_;
+    IndexPage current_;
+};
+
+// The index pages a writer works on, decoded once and kept while changes
+// are made; flush() writes the changed ones back into the pager (encoded),
+// which must happen before anything reads index pages from the pager.
+class IndexPageCache final : public IndexPages {
+public:
+    explicit IndexPageCache(Pager& pager) : pager_(pager) {}
+
+    Result<const IndexPage*> get(uint32_t number) override;
+    // The page for changing; it will be written back at the next flush.
+    Result<IndexPage*> edit(uint32_t number);
+    // A page new to the index (already allocated), to be written at flush.
+    IndexPage* create(IndexPage page);
+    // A page the index no longer uses.
+    void forget(uint32_t number);
+
+    Status flush();
+    void clear();
+
+private:
+    Result<IndexPage*> load(uint32_t number);
+
+    Pager& pager_;
+    std::map<uint32_t, std::unique_ptr<IndexPage>> pages_;
+    std::map<uint32_t, bool> dirty_;
+};
+
+}  // namespace mdb

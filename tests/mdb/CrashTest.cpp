@@ -1,0 +1,149 @@
+// A change interrupted at any write (a crash, a failing disk, a lost tail)
+// leaves a database that reads as before the change or as after it, never
+// in between, once it has been opened again.
+#include "db/mdb/DatabaseCreator.h"
+#include "db/mdb/Verifier.h"
+
+#include <gtest/gtest.h>
+
+namespace {
+
+using namespace mdb;
+
+const std::string kPath = "/db/crash.mdb";
+
+// The table's rows as text, in storage order.
+std::vector<std::string> contentOf(MemoryFileSystem& files)
+{
+    auto database = Database::open(files, kPath, OpenMode::ReadOnly);
+    if (!database)
+        return {"open failed: " + database.error().message};
+    auto table = (*database)->definition("Log");
+    if (!table)
+        return {"definition failed: " + table.error().message};
+    auto rows = (*database)->readAll(*table);
+    if (!rows)
+        return {"read failed: " + rows.error().message};
+    std::vector<std::string> content;
+    for (const Row& row : *rows) {
+        std::string text;
+        for (const Value& value : row.values)
+            text += toText(value) + "|";
+        content.push_back(text);
+    }
+    const auto problems = verifyDatabase(**database);
+    if (!problems.empty())
+        content.push_back("inconsistent: " + problems.front());
+    return content;
+}
+
+std::vector<Value> row(int i)
+{
+    return {Null{}, int32_t(i % 3), std::string("entry") + char('a' + i % 7),
+            DateTime{46000.0 + i / 144.0}, double(i) / 4};
+}
+
+// A change that touches many pages: appends that split index pages and add
+// data pages, updates that move rows, deletes.
+Status bigChange(MemoryFileSystem& files)
+{
+    auto database = Database::open(files, kPath, OpenMode::ReadWrite);
+    if (!database)
+        return database.error();
+    DatabaseWriter writer(**database);
+    for (int i = 0; i < 150; ++i) {
+        auto appended = writer.append("Log", row(1000 + i));
+        if (!appended)
+            return appended.error();
+    }
+    auto table = writer.definition("Log");
+    if (!table)
+        return table.error();
+    auto rows = (*database)->readAll(**table);
+    if (!rows)
+        return rows.error();
+    for (std::size_t i = 0; i < rows->size(); i += 7) {
+        std::vector<Value> values = (*rows)[i].values;
+        values[2] = std::string(200, 'u');
+        if (Status updated = writer.update("Log", (*rows)[i].location, values); !updated)
+            return updated;
+    }
+    for (std::size_t i = 3; i < rows->size(); i += 11) {
+        if (Status removed = writer.remove("Log", (*rows)[i].location); !removed)
+            return removed;
+    }
+    return writer.commit();
+}
+
+class Crash : public ::testing::Test {
+protected:
+    void SetUp() override
+    {
+        Status created = createDatabase(files, kPath, [](DatabaseWriter& writer) {
+            using T = ColumnType;
+            Status made = writer.createTable("Log",
+                                             {{"Id", T::Long, 0, true}, {"Source", T::Long}, {"Text", T::Text, 255},
+                                              {"Taken", T::DateTime}, {"Value", T::Double}},
+                                             {{"Id", {"Id"}, true, true}, {"SourceTaken", {"Source", "Taken"}},
+                                              {"Text", {"Text"}}});
+            for (int i = 0; made && i < 200; ++i) {
+                auto appended = writer.append("Log", row(i));
+                if (!appended)
+                    return Status(appended.error());
+            }
+            return made;
+        });
+        ASSERT_TRUE(created) << created.error().message;
+        original = files.content(kPath);
+        restore();
+        before = contentOf(files);
+        Status changed = bigChange(files);
+        ASSERT_TRUE(changed) << changed.error().message;
+        after = contentOf(files);
+        writesOfChange = files.writes();
+        ASSERT_NE(before, after);
+        ASSERT_GT(writesOfChange, 10);
+    }
+    void restore()
+    {
+        files = MemoryFileSystem();
+        files.setContent(kPath, original);
+    }
+
+    MemoryFileSystem files;
+    std::vector<uint8_t> original;
+    std::vector<std::string> before;
+    std::vector<std::string> after;
+    int writesOfChange = 0;
+};
+
+}  // namespace
+
+TEST_F(Crash, AtEveryWriteLeavesBeforeOrAfter)
+{
+    for (auto mode : {MemoryFileSystem::CrashMode::LoseUnsynced, MemoryFileSystem::CrashMode::KeepUnsynced,
+                      MemoryFileSystem::CrashMode::LoseTail}) {
+        for (int write = 0; write <= writesOfChange; ++write) {
+            restore();
+            files.crashAfterWrites(write);
+            (void)bigChange(files);
+            files.crash(mode);
+            const std::vector<std::string> now = contentOf(files);
+            ASSERT_TRUE(now == before || now == after)
+                << "crash after write " << write << " (mode " << int(mode) << "): " << now.back();
+            // The crash left nothing to undo a second time.
+            ASSERT_EQ(contentOf(files), now);
+        }
+    }
+}
+
+TEST_F(Crash, FailingWriteUndoesTheChangeAtOnce)
+{
+    for (int write = 1; write <= writesOfChange; ++write) {
+        restore();
+        files.failWriteAt(write);
+        Status changed = bigChange(files);
+        EXPECT_FALSE(changed) << "write " << write;
+        ASSERT_EQ(contentOf(files), before) << "write " << write;
+    }
+}
