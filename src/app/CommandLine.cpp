@@ -1,6 +1,8 @@
 #include "app/CommandLine.h"
 
+#include "db/NimbrelSchema.h"
 #include "db/mdb/Database.h"
+#include "db/mdb/Verifier.h"
 #include "errors/ErrorLogFile.h"
 #include "errors/ErrorReporter.h"
 #include "readings/clsWeather.h"
@@ -24,7 +26,13 @@ const char* const kUsage =
     "                       \"Result: true|false\", then one \"Name: value\" line per value.\n"
     "                       Read errors are printed to standard error.\n"
     "  mdb-dump FILE [TABLE] list the tables of an Access database with their columns\n"
-    "                       and row counts, or print one table's rows (tab-separated).\n";
+    "                       and row counts, or print one table's rows (tab-separated).\n"
+    "  create-db FILE       make a new Access database with Nimbrel's tables\n"
+    "                       (History, Sources, Favorites, Traces, DayDiary); never\n"
+    "                       writes over an existing file.\n"
+    "  verify-db FILE       check an Access database's rows, indexes and page maps.\n"
+    "  --verify             (with any other command or the window) check the database\n"
+    "                       after every change Nimbrel writes.\n";
 
 // Error-log lines, dated as in the log file, on standard error.
 class StandardErrorReporter final : public ErrorReporter {
@@ -157,6 +165,46 @@ int runMdbDump(const QStringList& arguments)
     return 0;
 }
 
+int runCreateDb(const QStringList& arguments)
+{
+    if (arguments.size() != 1) {
+        QTextStream(stderr) << "nimbrel create-db: give the path of the new database\n";
+        return 2;
+    }
+    if (mdb::Status created = NimbrelSchema::createDatabase(arguments.first().toStdString()); !created) {
+        QTextStream(stderr) << "nimbrel create-db: " << QString::fromStdString(created.error().message) << '\n';
+        return 1;
+    }
+    QTextStream(stdout) << "Created " << arguments.first() << " with the tables "
+                        << QString::fromStdString([] {
+                               std::string names;
+                               for (const std::string& name : NimbrelSchema::tableNames())
+                                   names += (names.empty() ? "" : ", ") + name;
+                               return names;
+                           }())
+                        << '\n';
+    return 0;
+}
+
+int runVerifyDb(const QStringList& arguments)
+{
+    if (arguments.size() != 1) {
+        QTextStream(stderr) << "nimbrel verify-db: give a database file\n";
+        return 2;
+    }
+    auto database = mdb::Database::open(arguments.first().toStdString());
+    if (!database) {
+        QTextStream(stderr) << "nimbrel verify-db: " << QString::fromStdString(database.error().message) << '\n';
+        return 1;
+    }
+    const std::vector<std::string> problems = mdb::verifyDatabase(**database);
+    QTextStream out(stdout);
+    for (const std::string& problem : problems)
+        out << QString::fromStdString(problem) << '\n';
+    out << (problems.empty() ? "No problems found\n" : QStringLiteral("%1 problems found\n").arg(problems.size()));
+    return problems.empty() ? 0 : 1;
+}
+
 }  // namespace
 
 namespace CommandLine {
@@ -166,7 +214,8 @@ bool isCommand(const QStringList& arguments)
     if (arguments.size() < 2)
         return false;
     const QString& command = arguments.at(1);
-    return command == u"--help" || command == u"-h" || command == u"read" || command == u"mdb-dump";
+    static const QStringList commands{"--help", "-h", "read", "mdb-dump", "create-db", "verify-db"};
+    return commands.contains(command);
 }
 
 int run(const QStringList& arguments)
@@ -176,6 +225,10 @@ int run(const QStringList& arguments)
         return runRead(arguments.mid(2));
     if (command == u"mdb-dump")
         return runMdbDump(arguments.mid(2));
+    if (command == u"create-db")
+        return runCreateDb(arguments.mid(2));
+    if (command == u"verify-db")
+        return runVerifyDb(arguments.mid(2));
     QTextStream(stdout) << kUsage;
     return 0;
 }

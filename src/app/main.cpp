@@ -1,6 +1,7 @@
 #include "app/CommandLine.h"
 #include "app/ui/GuiMessageBoxes.h"
 #include "app/ui/MainWindow.h"
+#include "db/mdb/DatabaseWriter.h"
 #include "errors/ErrorRoutine.h"
 #include "errors/SmtpMailer.h"
 #include "settings/SettingsModel.h"
@@ -43,7 +44,9 @@ int runWindow(int argc, char** argv)
 
 int main(int argc, char** argv)
 {
-    const QStringList arguments = argumentList(argc, argv);
+    QStringList arguments = argumentList(argc, argv);
+    if (arguments.removeAll(QStringLiteral("--verify")) > 0)
+        mdb::DatabaseWriter::verifyEveryCommit(true);
     if (CommandLine::isCommand(arguments)) {
         QCoreApplication app(argc, argv);
         return CommandLine::run(arguments);

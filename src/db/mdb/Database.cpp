@@ -16,7 +16,6 @@ namespace {
 constexpr uint32_t kCatalogPage = 2;
 constexpr int16_t kTableObjectType = 1;
 constexpr uint32_t kPageNumberMask = 0x00FFFFFF;
-constexpr std::chrono::milliseconds kLockWait(3000);
 
 template <typename T>
 T valueOr(const Value& value, T fallback)
@@ -48,7 +47,8 @@ Result<std::unique_ptr<Database>> Database::open(const std::string& path, OpenMo
     return open(disk, path, mode);
 }
 
-Result<std::unique_ptr<Database>> Database::open(FileSystem& files, const std::string& path, OpenMode mode)
+Result<std::unique_ptr<Database>> Database::open(FileSystem& files, const std::string& path, OpenMode mode,
+                                                 std::chrono::milliseconds lockWait)
 {
     if (mode == OpenMode::CreateNew)
         return Error{path + ": use the database creator to make a new database"};
@@ -57,19 +57,16 @@ Result<std::unique_ptr<Database>> Database::open(FileSystem& files, const std::s
                      " exists); close Access, or remove that file if Access is not running"};
 
     // An interrupted change must be undone before anything is read, and that needs writing.
-    const bool mustRecover = files.exists(Journal::pathFor(path));
+    const bool mustRecover = Journal::needsRecovery(files, path);
     const OpenMode fileMode = mustRecover ? OpenMode::ReadWrite : mode;
     auto file = files.open(path, fileMode);
     if (!file)
         return mustRecover ? within("an interrupted change must be undone but the file cannot be written", file.error())
                            : file.error();
     const LockKind lock = fileMode == OpenMode::ReadOnly ? LockKind::Shared : LockKind::Exclusive;
-    if (Status locked = files.lock(**file, lock, kLockWait); !locked)
+    if (Status locked = files.lock(**file, lock, lockWait); !locked)
         return locked.error();
-    if (files.exists(Journal::pathFor(path))) {
-        auto size = (*file)->size();
-        if (!size)
-            return size.error();
+    if (Journal::needsRecovery(files, path)) {
         auto recovered = Journal::recover(files, path, **file, jet4Layout().pageSize);
         if (!recovered)
             return within(path + ": undoing an interrupted change failed", recovered.error());

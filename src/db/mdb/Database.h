@@ -8,6 +8,7 @@
 #include "db/mdb/TableDefinition.h"
 #include "db/mdb/Value.h"
 
+#include <chrono>
 #include <functional>
 #include <memory>
 #include <string>
@@ -44,7 +45,8 @@ struct Row {
 class Database {
 public:
     static Result<std::unique_ptr<Database>> open(const std::string& path, OpenMode mode = OpenMode::ReadOnly);
-    static Result<std::unique_ptr<Database>> open(FileSystem& files, const std::string& path, OpenMode mode);
+    static Result<std::unique_ptr<Database>> open(FileSystem& files, const std::string& path, OpenMode mode,
+                                                  std::chrono::milliseconds lockWait = std::chrono::milliseconds(3000));
     // A file already open, read-only, without locks or recovery (tests, dumps).
     static Result<std::unique_ptr<Database>> open(std::unique_ptr<File> file);
 

@@ -4,7 +4,9 @@
 #include "db/mdb/DataPageEditor.h"
 #include "db/mdb/RowDecoder.h"
 #include "db/mdb/UsageMap.h"
+#include "db/mdb/Verifier.h"
 
+#include <atomic>
 #include <chrono>
 #include <ctime>
 
@@ -16,6 +18,8 @@ constexpr uint32_t kTablesContainerId = 0x0F000001;
 constexpr int16_t kTableType = 1;
 constexpr uint32_t kSystemObjectFlag = 0x80000000;
 constexpr uint32_t kMapPageOwner = 0;
+
+std::atomic<bool> verifyCommits{false};
 
 // A new empty usage map row, on `mapPage` while it has room.
 Result<uint32_t> newMapRow(Pager& pager, PageAllocator& allocator, uint32_t& mapPage)
@@ -292,7 +296,19 @@ Status DatabaseWriter::commit()
         rollback();
         return committed;
     }
-    return database_.reloadCatalog();
+    if (Status reloaded = database_.reloadCatalog(); !reloaded)
+        return reloaded;
+    if (verifyCommits) {
+        const std::vector<std::string> problems = verifyDatabase(database_);
+        if (!problems.empty())
+            return Error{"the database failed its check after the change: " + problems.front()};
+    }
+    return Status::success();
+}
+
+void DatabaseWriter::verifyEveryCommit(bool on)
+{
+    verifyCommits = on;
 }
 
 void DatabaseWriter::rollback()

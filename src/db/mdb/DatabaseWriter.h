@@ -34,6 +34,10 @@ public:
     Status commit();
     void rollback();
 
+    // When on (for the whole program), every commit is followed by a full
+    // check of the file (verifyDatabase) and fails when it finds a problem.
+    static void verifyEveryCommit(bool on);
+
     // The table's definition as changed so far.
     Result<TableDefinition*> definition(const std::string& table);
 

@@ -103,6 +103,41 @@ std::string pathFor(const std::string& databasePath)
     return databasePath + ".nimbrel-journal";
 }
 
+bool needsRecovery(FileSystem& files, const std::string& databasePath)
+{
+    const std::string journalPath = pathFor(databasePath);
+    if (!files.exists(journalPath))
+        return false;
+    auto journal = files.open(journalPath, OpenMode::ReadOnly);
+    if (!journal)
+        return true;  // let the recovery report why it cannot read it
+    auto size = (*journal)->size();
+    return !size || *size > 0;
+}
+
+namespace {
+
+// The journal file, empty, ready for a change.
+Result<std::unique_ptr<File>> openEmptyJournal(FileSystem& files, const std::string& journalPath)
+{
+    if (files.exists(journalPath)) {
+        auto journal = files.open(journalPath, OpenMode::ReadWrite);
+        if (!journal)
+            return journal.error();
+        if (Status emptied = (*journal)->truncate(0); !emptied)
+            return emptied.error();
+        return journal;
+    }
+    auto journal = files.open(journalPath, OpenMode::CreateNew);
+    if (!journal)
+        return journal.error();
+    if (Status synced = files.syncFolderOf(journalPath); !synced)
+        return synced.error();
+    return journal;
+}
+
+}  // namespace
+
 Status commit(FileSystem& files, const std::string& databasePath, File& database, Pager& pager)
 {
     if (!pager.hasChanges())
@@ -113,39 +148,33 @@ Status commit(FileSystem& files, const std::string& databasePath, File& database
         pager.discardChanges();
         return journalBytes.error();
     }
-
-    auto journal = files.open(journalPath, OpenMode::CreateNew);
+    auto journal = openEmptyJournal(files, journalPath);
     if (!journal) {
         pager.discardChanges();
         return within("cannot start the change", journal.error());
     }
-    Status prepared = writeAndSync(**journal, 0, *journalBytes);
-    if (prepared)
-        prepared = files.syncFolderOf(journalPath);
-    if (!prepared) {
-        journal->reset();
-        // The database is untouched: an incomplete journal left behind is
-        // removed at the next open.
-        (void)files.remove(journalPath);
+    if (Status prepared = writeAndSync(**journal, 0, *journalBytes); !prepared) {
+        // The database is untouched; a journal left half-written is emptied
+        // at the next open.
+        (void)(*journal)->truncate(0);
         pager.discardChanges();
         return prepared;
     }
-    journal->reset();
 
     if (Status written = writeChanges(pager, database); !written) {
+        journal->reset();
         pager.discardChanges();
         // Put the database back now; if that fails too, the next open will.
         if (auto undone = recover(files, databasePath, database, pager.pageSize()); !undone)
             return Error{written.error().message + "; the change will be undone when the database is next opened"};
         return written;
     }
-    if (Status removed = files.remove(journalPath); !removed) {
+    Status done = (*journal)->truncate(0);
+    if (done)
+        done = (*journal)->sync();
+    if (!done) {
         pager.discardChanges();
-        return removed;
-    }
-    if (Status synced = files.syncFolderOf(journalPath); !synced) {
-        pager.discardChanges();
-        return synced;
+        return done;
     }
     pager.acceptChanges();
     return Status::success();
@@ -154,7 +183,7 @@ Status commit(FileSystem& files, const std::string& databasePath, File& database
 Result<bool> recover(FileSystem& files, const std::string& databasePath, File& database, std::size_t pageSize)
 {
     const std::string journalPath = pathFor(databasePath);
-    if (!files.exists(journalPath))
+    if (!needsRecovery(files, databasePath))
         return false;
     auto journal = files.open(journalPath, OpenMode::ReadOnly);
     if (!journal)
@@ -188,9 +217,12 @@ Result<bool> recover(FileSystem& files, const std::string& databasePath, File& d
         if (Status synced = database.sync(); !synced)
             return synced.error();
     }
-    if (Status removed = files.remove(journalPath); !removed)
-        return removed.error();
-    if (Status synced = files.syncFolderOf(journalPath); !synced)
+    auto writable = files.open(journalPath, OpenMode::ReadWrite);
+    if (!writable)
+        return writable.error();
+    if (Status emptied = (*writable)->truncate(0); !emptied)
+        return emptied.error();
+    if (Status synced = (*writable)->sync(); !synced)
         return synced.error();
     return complete;
 }
