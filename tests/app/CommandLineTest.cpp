@@ -94,3 +94,27 @@ TEST(CommandLine, MdbDumpListsTablesAndPrintsRows)
     EXPECT_EQ(missing.exitCode, 1);
     EXPECT_TRUE(missing.err.contains("no table named NoSuchTable"));
 }
+
+TEST(CommandLine, CreateDbMakesTheFiveTablesAndNeverOverwrites)
+{
+    TempFolder folder;
+    const QString path = folder.file("weather.mdb");
+    const ProgramRun created = nimbrel({"create-db", path});
+    EXPECT_EQ(created.exitCode, 0) << created.err.toStdString();
+    EXPECT_EQ(created.out, "Created " + path + " with the tables History, Sources, Favorites, Traces, DayDiary\n");
+
+    QProcess tables;
+    tables.start("mdb-tables", {"-1", path});
+    tables.waitForFinished();
+    EXPECT_EQ(QString::fromUtf8(tables.readAllStandardOutput()), "History\nSources\nFavorites\nTraces\nDayDiary\n");
+
+    const ProgramRun verified = nimbrel({"verify-db", path});
+    EXPECT_EQ(verified.exitCode, 0);
+    EXPECT_EQ(verified.out, "No problems found\n");
+
+    const QByteArray before = readAll(path);
+    const ProgramRun again = nimbrel({"create-db", path});
+    EXPECT_EQ(again.exitCode, 1);
+    EXPECT_TRUE(again.err.contains("already exists"));
+    EXPECT_EQ(readAll(path), before);
+}

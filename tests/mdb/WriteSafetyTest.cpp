@@ -177,3 +177,72 @@ TEST_F(WriteSafety, AccessOrAnotherWriterHoldingTheFileIsRespected)
     writer->reset();
     EXPECT_TRUE(Database::open(disk, path, OpenMode::ReadWrite, std::chrono::milliseconds(50)));
 }
+
+TEST_F(WriteSafety, IndexAddedToAFilledTableFindsEveryRow)
+{
+    const std::string path = copyOf("testV2000.mdb");
+    {
+        auto database = Database::open(path, OpenMode::ReadWrite);
+        DatabaseWriter writer(**database);
+        ASSERT_TRUE(writer.createTable("Log", {{"Station", ColumnType::Long}, {"Taken", ColumnType::DateTime}}, {}));
+        for (int i = 0; i < 3000; ++i)
+            ASSERT_TRUE(writer.append("Log", {int32_t(i % 5), DateTime{45000.0 + i / 144.0}}));
+        ASSERT_TRUE(writer.commit());
+        Status added = writer.createIndex("Log", {"StationTaken", {"Station", "Taken"}});
+        ASSERT_TRUE(added) << added.error().message;
+        // An index over a column of a table Access made.
+        added = writer.createIndex("Table1", {"ByE", {"E"}});
+        ASSERT_TRUE(added) << added.error().message;
+        ASSERT_TRUE(writer.commit());
+    }
+    auto database = Database::open(path);
+    auto log = (*database)->definition("Log");
+    auto found = (*database)->find(*log, "StationTaken", {int32_t(3)});
+    ASSERT_TRUE(found);
+    EXPECT_EQ(found->size(), 600u);
+    auto table1 = (*database)->definition("Table1");
+    auto byE = (*database)->find(*table1, "ByE", {int32_t(333333333)});
+    ASSERT_TRUE(byE) << byE.error().message;
+    EXPECT_EQ(byE->size(), 1u);
+    EXPECT_NE(exportOf(path, "Table1").find("\"abcdefg\",\"hijklmnop\""), std::string::npos);
+    for (const std::string& problem : verifyDatabase(**database))
+        EXPECT_EQ(problem.find("table Log"), std::string::npos) << problem;
+}
+
+TEST_F(WriteSafety, EmptyingAnIndexReleasesItsPages)
+{
+    const std::string path = (folder / "emptied.mdb").string();
+    ASSERT_TRUE(createDatabase(path, [](DatabaseWriter& writer) {
+        return writer.createTable("Words", {{"Word", ColumnType::Text, 60}}, {{"Word", {"Word"}}});
+    }));
+    std::vector<RowPointer> rows;
+    {
+        auto database = Database::open(path, OpenMode::ReadWrite);
+        DatabaseWriter writer(**database);
+        for (int i = 0; i < 4000; ++i) {
+            // Long keys make a tree of three levels.
+            auto row = writer.append("Words", {std::string(55, char('a' + i % 25)) + char('a' + i / 25 % 25) +
+                                                   char('a' + i / 625 % 25)});
+            ASSERT_TRUE(row);
+            rows.push_back(*row);
+        }
+        ASSERT_TRUE(writer.commit());
+    }
+    const auto sizeAfterFilling = fs::file_size(path);
+    {
+        auto database = Database::open(path, OpenMode::ReadWrite);
+        DatabaseWriter writer(**database);
+        for (RowPointer row : rows)
+            ASSERT_TRUE(writer.remove("Words", row));
+        ASSERT_TRUE(writer.commit());
+        // Refilling reuses the released pages instead of growing the file.
+        for (int i = 0; i < 4000; ++i)
+            ASSERT_TRUE(writer.append("Words", {std::string(56, 'q') + char('a' + i % 25) + char('a' + i / 25 % 25)}));
+        ASSERT_TRUE(writer.commit());
+    }
+    EXPECT_LE(fs::file_size(path), sizeAfterFilling);
+    auto database = Database::open(path);
+    const auto problems = verifyDatabase(**database);
+    EXPECT_TRUE(problems.empty()) << problems.front();
+    EXPECT_EQ(MdbTools::count(path, "Words"), 4000);
+}
