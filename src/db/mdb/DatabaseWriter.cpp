@@ -37,14 +37,13 @@ Result<uint32_t> newMapRow(Pager& pager, PageAllocator& allocator, uint32_t& map
             return RowPointer{mapPage, *row}.pack();
         }
     }
-    auto allocated = allocator.allocate();
+    auto allocated = allocator.allocateDataPage(kMapPageOwner);
     if (!allocated)
         return allocated.error();
     mapPage = *allocated;
     auto page = pager.modify(mapPage);
     if (!page)
         return page.error();
-    DataPageEditor::initialise(**page, pager.layout(), kMapPageOwner);
     auto row = DataPageEditor(**page, pager.layout()).insert(map);
     if (!row)
         return row.error();

@@ -42,26 +42,9 @@ public:
     std::vector<uint8_t> bytes;
 };
 
-std::size_t storedSize(ColumnType type)
-{
-    switch (type) {
-    case ColumnType::Boolean:
-    case ColumnType::Byte: return 1;
-    case ColumnType::Integer: return 2;
-    case ColumnType::Long:
-    case ColumnType::Single: return 4;
-    case ColumnType::Currency:
-    case ColumnType::Double:
-    case ColumnType::DateTime: return 8;
-    case ColumnType::Guid: return 16;
-    case ColumnType::Numeric: return 17;
-    default: return 0;
-    }
-}
-
 bool isVariable(ColumnType type)
 {
-    return storedSize(type) == 0;
+    return fixedSizeOf(type) == 0;
 }
 
 // Lays out the columns as the reader will find them.
@@ -90,7 +73,7 @@ Status layOutColumns(TableDefinition& table, const std::vector<ColumnSpec>& spec
         } else {
             column.flags |= Column::kFixedFlag;
             column.variableIndex = variableIndex;  // variable columns before it, as Access records
-            column.length = uint16_t(storedSize(spec.type));
+            column.length = uint16_t(fixedSizeOf(spec.type));
             column.fixedOffset = spec.type == ColumnType::Boolean ? 0 : fixedOffset;
             if (spec.type != ColumnType::Boolean)
                 fixedOffset = uint16_t(fixedOffset + column.length);

@@ -117,6 +117,15 @@ std::size_t IndexWriter::chooseStored(const IndexPage& node, const IndexEntry& e
     return i;
 }
 
+Result<uint32_t> IndexWriter::childAt(const IndexPage& node, std::size_t i)
+{
+    if (i < node.entries.size())
+        return node.entries[i].child;
+    if (node.tail == 0)
+        return Error{"index node page " + std::to_string(node.number) + " has no children"};
+    return node.tail;
+}
+
 Result<IndexWriter::Change> IndexWriter::adoptChange(IndexPage& node, std::size_t i, const Change& sub, bool isRoot)
 {
     Change change;
@@ -315,10 +324,10 @@ Result<IndexWriter::Change> IndexWriter::insertInto(uint32_t pageNumber, const I
         return finish(*page, isRoot, change);
     }
     const std::size_t i = chooseStored(*page, entry);
-    const bool toTail = i == page->entries.size();
-    if (toTail && page->tail == 0)
-        return Error{"index node page " + std::to_string(pageNumber) + " has no children"};
-    auto sub = insertInto(toTail ? page->tail : page->entries[i].child, entry, false);
+    auto child = childAt(*page, i);
+    if (!child)
+        return child.error();
+    auto sub = insertInto(*child, entry, false);
     if (!sub)
         return sub.error();
     return adoptChange(*page, i, *sub, isRoot);
@@ -351,10 +360,10 @@ Result<IndexWriter::Change> IndexWriter::removeFrom(uint32_t pageNumber, const I
         return finish(*page, isRoot, change);
     }
     const std::size_t stored = chooseStored(*page, entry);
-    const bool toTail = stored == page->entries.size();
-    if (toTail && page->tail == 0)
-        return Error{"index node page " + std::to_string(pageNumber) + " has no children"};
-    auto sub = removeFrom(toTail ? page->tail : page->entries[stored].child, entry, false);
+    auto child = childAt(*page, stored);
+    if (!child)
+        return child.error();
+    auto sub = removeFrom(*child, entry, false);
     if (!sub)
         return sub.error();
     if (!sub->emptied)

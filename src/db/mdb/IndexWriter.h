@@ -51,6 +51,8 @@ private:
     static SameKey neighbours(const IndexPage& leaf, std::size_t at, const std::vector<uint8_t>& key);
     // The stored entry whose child to descend into; entries.size() for the tail.
     static std::size_t chooseStored(const IndexPage& node, const IndexEntry& entry);
+    // The child page at stored position `i` (the tail past the entries).
+    static Result<uint32_t> childAt(const IndexPage& node, std::size_t i);
     // Takes a child's change into its node: the child at stored position `i`.
     Result<Change> adoptChange(IndexPage& node, std::size_t i, const Change& sub, bool isRoot);
 

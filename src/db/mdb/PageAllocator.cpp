@@ -88,6 +88,18 @@ Result<uint32_t> PageAllocator::allocate()
     return page;
 }
 
+Result<uint32_t> PageAllocator::allocateDataPage(uint32_t owner)
+{
+    auto page = allocate();
+    if (!page)
+        return page.error();
+    auto bytes = pager_.modify(*page);
+    if (!bytes)
+        return bytes.error();
+    DataPageEditor::initialise(**bytes, pager_.layout(), owner);
+    return page;
+}
+
 Status PageAllocator::release(uint32_t page)
 {
     auto map = readMap();

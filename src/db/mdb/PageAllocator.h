@@ -19,6 +19,9 @@ public:
 
     // A page, zero-filled, marked used in the global map.
     Result<uint32_t> allocate();
+    // A new empty data page whose rows belong to `owner` (a table's first
+    // definition page, "LVAL" for long values, 0 for usage maps).
+    Result<uint32_t> allocateDataPage(uint32_t owner);
     // Marks a page free; its content no longer matters.
     Status release(uint32_t page);
 

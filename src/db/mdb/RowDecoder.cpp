@@ -9,28 +9,11 @@ namespace {
 
 constexpr std::size_t kCountSize = 2;  // Jet 4: column count, offsets and lengths take 2 bytes
 
-// The size of a value of a fixed-size type; 0 for the types whose values vary.
-std::size_t typeSize(ColumnType type)
-{
-    switch (type) {
-    case ColumnType::Byte: return 1;
-    case ColumnType::Integer: return 2;
-    case ColumnType::Long: return 4;
-    case ColumnType::Single: return 4;
-    case ColumnType::Currency:
-    case ColumnType::Double:
-    case ColumnType::DateTime: return 8;
-    case ColumnType::Guid: return 16;
-    case ColumnType::Numeric: return 17;
-    default: return 0;
-    }
-}
-
 std::size_t fixedSize(const Column& column)
 {
     if (column.type == ColumnType::Boolean)
         return 0;
-    const std::size_t size = typeSize(column.type);
+    const std::size_t size = fixedSizeOf(column.type);
     return size ? size : column.length;
 }
 
@@ -134,7 +117,8 @@ Result<Value> RowDecoder::variableValue(ByteView row, const Frame& frame, const 
         return Value(std::move(*value));
     }
     // A number may be stored in the variable part too; its bytes are the same.
-    if (const std::size_t size = typeSize(column.type)) {
+    // (Yes/no values never reach here: they live in the null mask.)
+    if (const std::size_t size = fixedSizeOf(column.type)) {
         if (bytes.size() < size)
             return Error{"column " + column.name + " holds " + std::to_string(bytes.size()) + " bytes, not " +
                          std::to_string(size)};

@@ -84,22 +84,6 @@ void writeValue(std::vector<uint8_t>& out, std::size_t at, const Column& column,
     }
 }
 
-std::size_t sizeOf(ColumnType type)
-{
-    switch (type) {
-    case ColumnType::Byte: return 1;
-    case ColumnType::Integer: return 2;
-    case ColumnType::Long:
-    case ColumnType::Single: return 4;
-    case ColumnType::Currency:
-    case ColumnType::Double:
-    case ColumnType::DateTime: return 8;
-    case ColumnType::Guid: return 16;
-    case ColumnType::Numeric: return 17;
-    default: return 0;
-    }
-}
-
 // UTF-16 units of a UTF-8 text, counted without converting it.
 std::size_t utf16Length(const std::string& text)
 {
@@ -178,10 +162,10 @@ Result<std::vector<uint8_t>> encodeRow(const TableDefinition& table, const std::
                 return Error{"table " + table.name + ": column " + column.name + " has no prepared long value"};
             variable[column.variableIndex] = prepared->second;
         } else if (column.isFixed()) {
-            if (sizeOf(column.type) > column.length)
+            if (fixedSizeOf(column.type) > column.length)
                 return Error{"table " + table.name + ": column " + column.name + " is too short for its type"};
             writeValue(row, kCountSize + column.fixedOffset, column, value);
-        } else if (const std::size_t size = sizeOf(column.type)) {
+        } else if (const std::size_t size = fixedSizeOf(column.type)) {
             // A fixed-size value kept in the variable part.
             variable[column.variableIndex].resize(size);
             writeValue(variable[column.variableIndex], 0, column, value);

@@ -151,13 +151,12 @@ Result<RowPointer> TableWriter::tryPlaceOn(uint32_t candidate, const std::vector
 
 Result<RowPointer> TableWriter::placeOnNewPage(const std::vector<uint8_t>& bytes, uint16_t flags)
 {
-    auto allocated = allocator_.allocate();
+    auto allocated = allocator_.allocateDataPage(table_.firstPage);
     if (!allocated)
         return allocated.error();
     auto page = pager_.modify(*allocated);
     if (!page)
         return page.error();
-    DataPageEditor::initialise(**page, pager_.layout(), table_.firstPage);
     DataPageEditor editor(**page, pager_.layout());
     auto row = editor.insert(bytes, flags);
     if (!row)
@@ -186,13 +185,12 @@ Result<RowPointer> TableWriter::storeLongValueRow(const Column& column, const st
             return RowPointer{longValuePage_, *row};
         }
     }
-    auto allocated = allocator_.allocate();
+    auto allocated = allocator_.allocateDataPage(DataPageEditor::kLongValueOwner);
     if (!allocated)
         return allocated.error();
     auto page = pager_.modify(*allocated);
     if (!page)
         return page.error();
-    DataPageEditor::initialise(**page, pager_.layout(), DataPageEditor::kLongValueOwner);
     for (const LongValueMaps& maps : table_.longValueMaps) {
         if (maps.columnNumber == column.number) {
             if (Status owned = maps_.add(maps.ownedPagesPointer, *allocated); !owned)

@@ -28,6 +28,23 @@ const char* typeName(ColumnType type)
     return "Unknown";
 }
 
+std::size_t fixedSizeOf(ColumnType type)
+{
+    switch (type) {
+    case ColumnType::Boolean:
+    case ColumnType::Byte: return 1;
+    case ColumnType::Integer: return 2;
+    case ColumnType::Long:
+    case ColumnType::Single: return 4;
+    case ColumnType::Currency:
+    case ColumnType::Double:
+    case ColumnType::DateTime: return 8;
+    case ColumnType::Guid: return 16;
+    case ColumnType::Numeric: return 17;
+    default: return 0;
+    }
+}
+
 namespace {
 
 // Days from 1 Jan 1970 to a civil date (proleptic Gregorian).

@@ -29,6 +29,10 @@ enum class ColumnType : uint8_t {
 
 const char* typeName(ColumnType type);
 
+// The stored size of a value of a fixed-size type (a yes/no value takes a
+// bit of the null mask, counted here as 1); 0 for types whose values vary.
+std::size_t fixedSizeOf(ColumnType type);
+
 // The absence of a value.
 struct Null {
     bool operator==(const Null&) const = default;
