@@ -136,6 +136,11 @@ TEST_F(WriteSafety, RefusesWhatItCannotChangeAndLeavesTheFileAlone)
         EXPECT_NE(odd.error().message.find("U+00E9"), std::string::npos) << odd.error().message;
         // The failed append discarded every pending change, the new table too.
         EXPECT_TRUE(writer.commit());
+        // An index whose keys this program cannot build.
+        Status flagIndex = writer.createTable("Flags", {{"Flag", ColumnType::Boolean}}, {{"Flag", {"Flag"}}});
+        ASSERT_FALSE(flagIndex);
+        EXPECT_NE(flagIndex.error().message.find("key form"), std::string::npos) << flagIndex.error().message;
+        EXPECT_TRUE(writer.commit());
     }
     EXPECT_EQ(bytesOf(path), original);
 }
