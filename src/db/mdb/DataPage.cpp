@@ -52,27 +52,47 @@ Result<std::vector<RowSlot>> readRowSlots(const Page& page, const Layout& layout
 
 Result<ByteView> readRow(Pager& pager, RowPointer pointer, Page& holder)
 {
+    RowReader reader(pager);
+    auto bytes = reader.read(pointer);
+    holder = reader.page();  // keeps the bytes alive after the reader is gone
+    return bytes;
+}
+
+Status RowReader::load(uint32_t pageNumber)
+{
+    if (loaded_ && holder_.number == pageNumber)
+        return Status::success();
+    loaded_ = false;
+    auto page = readPageOfType(pager_, pageNumber, kDataPage, "data");
+    if (!page)
+        return page.error();
+    holder_ = *page;
+    auto slots = readRowSlots(holder_, pager_.layout());
+    if (!slots)
+        return slots.error();
+    slots_ = std::move(*slots);
+    loaded_ = true;
+    return Status::success();
+}
+
+Result<ByteView> RowReader::read(RowPointer pointer)
+{
     for (int hop = 0; hop < kMaxOverflowHops; ++hop) {
-        auto page = readPageOfType(pager, pointer.page, kDataPage, "data");
-        if (!page)
-            return page.error();
-        holder = *page;
-        auto slots = readRowSlots(holder, pager.layout());
-        if (!slots)
-            return slots.error();
-        if (pointer.row >= slots->size())
-            return Error{where(holder) + ": row " + std::to_string(pointer.row) + " does not exist (the page has " +
-                         std::to_string(slots->size()) + " rows)"};
-        const RowSlot& slot = (*slots)[pointer.row];
+        if (Status loaded = load(pointer.page); !loaded)
+            return loaded.error();
+        if (pointer.row >= slots_.size())
+            return Error{where(holder_) + ": row " + std::to_string(pointer.row) + " does not exist (the page has " +
+                         std::to_string(slots_.size()) + " rows)"};
+        const RowSlot& slot = slots_[pointer.row];
         // A moved row's new home is marked deleted so that scans pass it by;
         // it is read only through the pointer left at its old place.
         if (slot.deleted && hop == 0)
-            return Error{where(holder) + ": row " + std::to_string(pointer.row) + " is deleted"};
-        const ByteView bytes = holder.view().sub(slot.start, std::size_t(slot.end - slot.start));
+            return Error{where(holder_) + ": row " + std::to_string(pointer.row) + " is deleted"};
+        const ByteView bytes = holder_.view().sub(slot.start, std::size_t(slot.end - slot.start));
         if (!slot.overflow || hop > 0)
             return bytes;
         if (bytes.size() < 4)
-            return Error{where(holder) + ": row " + std::to_string(pointer.row) + " overflow pointer is cut short"};
+            return Error{where(holder_) + ": row " + std::to_string(pointer.row) + " overflow pointer is cut short"};
         pointer = RowPointer::unpack(bytes.u32(0));
     }
     return Error{"row overflow pointers loop starting at page " + std::to_string(pointer.page)};

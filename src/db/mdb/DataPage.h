@@ -32,4 +32,23 @@ uint32_t dataPageOwner(const Page& page);
 // page's rows.
 Result<ByteView> readRow(Pager& pager, RowPointer where, Page& holder);
 
+// Reads rows one after another as readRow does, keeping the last data page
+// and its checked slots, so that rows read in page order cost one page read
+// and one slot check per page. A row's bytes stay valid until the next read.
+class RowReader {
+public:
+    explicit RowReader(Pager& pager) : pager_(pager) {}
+    Result<ByteView> read(RowPointer where);
+    // The data page the last row read lies on.
+    const Page& page() const { return holder_; }
+
+private:
+    Status load(uint32_t pageNumber);
+
+    Pager& pager_;
+    Page holder_;
+    std::vector<RowSlot> slots_;
+    bool loaded_ = false;
+};
+
 }  // namespace mdb

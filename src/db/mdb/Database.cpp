@@ -17,6 +17,19 @@ constexpr uint32_t kCatalogPage = 2;
 constexpr int16_t kTableObjectType = 1;
 constexpr uint32_t kPageNumberMask = 0x00FFFFFF;
 
+// Which columns to decode: the named ones, or all when none are named.
+Result<std::vector<bool>> columnMask(const TableDefinition& table, const std::vector<std::string>& columns)
+{
+    std::vector<bool> wanted(table.columns.size(), columns.empty());
+    for (const std::string& name : columns) {
+        const Column* column = table.column(name);
+        if (!column)
+            return Error{"table " + table.name + " has no column named " + name};
+        wanted[std::size_t(column - table.columns.data())] = true;
+    }
+    return wanted;
+}
+
 template <typename T>
 T valueOr(const Value& value, T fallback)
 {
@@ -177,13 +190,9 @@ Status Database::scan(const TableDefinition& table, const std::function<bool(con
                       const std::vector<std::string>& columns)
 {
     const std::string where = "table " + table.name;
-    std::vector<bool> wanted(table.columns.size(), columns.empty());
-    for (const std::string& name : columns) {
-        const Column* column = table.column(name);
-        if (!column)
-            return Error{where + " has no column named " + name};
-        wanted[std::size_t(column - table.columns.data())] = true;
-    }
+    auto wanted = columnMask(table, columns);
+    if (!wanted)
+        return wanted.error();
     auto owned = readUsageMap(*pager_, table.ownedPagesPointer, where + ", owned-page map");
     if (!owned)
         return owned.error();
@@ -210,7 +219,7 @@ Status Database::scan(const TableDefinition& table, const std::function<bool(con
                                        : Result<ByteView>(page.view().sub(slot.start, std::size_t(slot.end - slot.start)));
             if (!bytes)
                 return within(where, bytes.error());
-            auto values = decoder.decode(*bytes, &wanted);
+            auto values = decoder.decode(*bytes, &*wanted);
             if (!values)
                 return within(where + ", data page " + std::to_string(pageNumber) + ", row " + std::to_string(i),
                               values.error());
@@ -234,15 +243,19 @@ Result<std::vector<Row>> Database::readAll(const TableDefinition& table)
     return rows;
 }
 
-Result<Row> Database::readRowAt(const TableDefinition& table, RowPointer location)
+Result<Row> Database::readRowAt(const TableDefinition& table, RowPointer location,
+                               const std::vector<std::string>& columns)
 {
+    auto wanted = columnMask(table, columns);
+    if (!wanted)
+        return wanted.error();
     Page holder;
     auto bytes = readRow(*pager_, location, holder);
     if (!bytes)
         return within("table " + table.name, bytes.error());
     if (dataPageOwner(holder) != table.firstPage)
         return Error{"table " + table.name + ": data page " + std::to_string(holder.number) + " belongs to another table"};
-    auto values = RowDecoder(*pager_, table).decode(*bytes);
+    auto values = RowDecoder(*pager_, table).decode(*bytes, &*wanted);
     if (!values)
         return within("table " + table.name, values.error());
     return Row{location, std::move(*values)};
@@ -253,6 +266,53 @@ Result<std::vector<Row>> Database::find(const TableDefinition& table, const std:
 {
     PagerIndexPages pages(*pager_);
     return findRows(*this, pages, table, indexName, key);
+}
+
+Status Database::scanRange(const TableDefinition& table, const std::string& indexName,
+                           const std::vector<Value>& low, const std::vector<Value>& high,
+                           const std::function<bool(const Row&)>& visit, const std::vector<std::string>& columns)
+{
+    const Index* index = table.index(indexName);
+    if (!index)
+        return Error{"table " + table.name + " has no index named " + indexName};
+    const std::string where = "table " + table.name + ", index " + indexName;
+    const RealIndex& real = table.realIndexes[index->realIndex];
+    auto lowKey = encodeKey(table, real, low);
+    if (!lowKey)
+        return within(where, lowKey.error());
+    auto highKey = encodeKey(table, real, high);
+    if (!highKey)
+        return within(where, highKey.error());
+    auto pointers = IndexTree(*pager_, real).range(*lowKey, *highKey);
+    if (!pointers)
+        return within(where, pointers.error());
+
+    auto wanted = columnMask(table, columns);
+    if (!wanted)
+        return wanted.error();
+    std::vector<std::size_t> positions;
+    for (std::size_t i = 0; i < wanted->size(); ++i) {
+        if ((*wanted)[i])
+            positions.push_back(i);
+    }
+    const RowDecoder decoder(*pager_, table);
+    RowReader reader(*pager_);
+    Row row;
+    row.values.resize(table.columns.size());
+    for (RowPointer pointer : *pointers) {
+        auto bytes = reader.read(pointer);
+        if (!bytes)
+            return within("table " + table.name, bytes.error());
+        if (dataPageOwner(reader.page()) != table.firstPage)
+            return Error{"table " + table.name + ": data page " + std::to_string(reader.page().number) +
+                         " belongs to another table"};
+        if (Status decoded = decoder.decodeInto(*bytes, positions, row.values); !decoded)
+            return within("table " + table.name, decoded.error());
+        row.location = pointer;
+        if (!visit(row))
+            break;
+    }
+    return Status::success();
 }
 
 Result<std::vector<Row>> findRows(Database& database, IndexPages& pages, const TableDefinition& table,

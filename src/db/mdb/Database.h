@@ -67,12 +67,22 @@ public:
     Status scan(const TableDefinition& table, const std::function<bool(const Row&)>& visit,
                 const std::vector<std::string>& columns = {});
     Result<std::vector<Row>> readAll(const TableDefinition& table);
-    Result<Row> readRowAt(const TableDefinition& table, RowPointer location);
+    // The row stored at `location`; with `columns` named, only those are
+    // decoded and the others read as null.
+    Result<Row> readRowAt(const TableDefinition& table, RowPointer location,
+                          const std::vector<std::string>& columns = {});
 
     // The rows whose first key.size() index columns equal `key`, in index
     // order. Fails for a key the index cannot be searched with.
     Result<std::vector<Row>> find(const TableDefinition& table, const std::string& indexName,
                                   const std::vector<Value>& key);
+    // Calls `visit` for each row whose index key lies between `low` and
+    // `high` (both included; a shorter key covers every key it starts), in
+    // index order; stops early when `visit` returns false. With `columns`
+    // named, only those are decoded. The row passed is reused for the next.
+    Status scanRange(const TableDefinition& table, const std::string& indexName, const std::vector<Value>& low,
+                     const std::vector<Value>& high, const std::function<bool(const Row&)>& visit,
+                     const std::vector<std::string>& columns = {});
 
     Pager& pager() { return *pager_; }
     File& file() { return *file_; }

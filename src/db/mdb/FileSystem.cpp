@@ -175,6 +175,8 @@ Result<std::unique_ptr<File>> MemoryFileSystem::open(const std::string& path, Op
     }
     if (!present)
         return Error{"cannot open " + path + ": No such file or directory"};
+    if (mode == OpenMode::ReadWrite && readOnly_.count(path))
+        return Error{"cannot open " + path + " for writing: Permission denied"};
     return std::unique_ptr<File>(
         std::make_unique<MemoryNodeFile>(*this, found->second, path, mode == OpenMode::ReadWrite));
 }

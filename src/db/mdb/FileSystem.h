@@ -5,6 +5,7 @@
 #include <chrono>
 #include <map>
 #include <memory>
+#include <set>
 #include <string>
 
 namespace mdb {
@@ -64,6 +65,8 @@ public:
     Status syncFolderOf(const std::string& path) override;
     Status lock(File&, LockKind, std::chrono::milliseconds) override { return Status::success(); }
 
+    // A read-only file opens for reading only, as for a user without write permission.
+    void setReadOnly(const std::string& path) { readOnly_.insert(path); }
     void crashAfterWrites(int writes) { crashAfter_ = writes; }
     void failWriteAt(int write) { failWriteAt_ = write; }
     void crash(CrashMode mode);
@@ -86,6 +89,7 @@ public:
 
 private:
     std::map<std::string, std::shared_ptr<Node>> nodes_;
+    std::set<std::string> readOnly_;
     int writes_ = 0;
     int crashAfter_ = -1;
     int failWriteAt_ = 0;

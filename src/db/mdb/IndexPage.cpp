@@ -55,7 +55,10 @@ Result<IndexPage> readIndexPage(Pager& pager, uint32_t number)
     const std::size_t pointers = kRowPointerSize + (index.leaf ? 0 : kChildPointerSize);
     std::size_t start = layout.indexFirstEntryOffset;
     std::vector<uint8_t> prefix;
-    for (std::size_t end : entryEnds(view, layout)) {
+    std::vector<uint8_t> full;  // one entry with the prefix put back; reused
+    const std::vector<std::size_t> ends = entryEnds(view, layout);
+    index.entries.reserve(ends.size());
+    for (std::size_t end : ends) {
         if (end > view.size() || end <= start)
             return Error{where(number) + ": entry bitmap marks an entry end outside the page"};
         IndexEntry entry;
@@ -64,8 +67,10 @@ Result<IndexPage> readIndexPage(Pager& pager, uint32_t number)
             if (index.prefixLength > stored.size())
                 return Error{where(number) + ": shared prefix is longer than the first entry"};
             prefix.assign(stored.data(), stored.data() + index.prefixLength);
+            full.clear();
+        } else {
+            full.assign(prefix.begin(), prefix.end());
         }
-        std::vector<uint8_t> full = index.entries.empty() ? std::vector<uint8_t>() : prefix;
         full.insert(full.end(), stored.data(), stored.data() + stored.size());
         if (full.size() < pointers)
             return Error{where(number) + ": entry " + std::to_string(index.entries.size()) + " is too short"};

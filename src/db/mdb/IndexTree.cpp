@@ -108,4 +108,24 @@ Result<std::vector<RowPointer>> IndexTree::find(const std::vector<uint8_t>& pref
     return rows;
 }
 
+Result<std::vector<RowPointer>> IndexTree::range(const std::vector<uint8_t>& low, const std::vector<uint8_t>& high)
+{
+    auto leaf = leafFor(&low);
+    if (!leaf)
+        return leaf.error();
+    std::vector<RowPointer> rows;
+    Status walked = walkLeaves(*leaf, [&](const IndexEntry& entry) {
+        if (std::lexicographical_compare(entry.key.begin(), entry.key.end(), low.begin(), low.end()))
+            return true;
+        const bool pastHigh = std::lexicographical_compare(high.begin(), high.end(), entry.key.begin(), entry.key.end());
+        if (pastHigh && !startsWith(entry.key, high))
+            return false;
+        rows.push_back(entry.row);
+        return true;
+    }, &low);
+    if (!walked)
+        return walked.error();
+    return rows;
+}
+
 }  // namespace mdb

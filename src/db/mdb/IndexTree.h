@@ -25,6 +25,10 @@ public:
     // The rows of the entries whose key starts with `prefix`, in key order.
     Result<std::vector<RowPointer>> find(const std::vector<uint8_t>& prefix);
 
+    // The rows of the entries from `low` to `high`, both included, in key
+    // order; an entry counts as up to `high` when its key starts with it.
+    Result<std::vector<RowPointer>> range(const std::vector<uint8_t>& low, const std::vector<uint8_t>& high);
+
 private:
     // The leaf page under `page` where a search for `prefix` starts.
     Result<uint32_t> leafFor(const std::vector<uint8_t>* prefix);

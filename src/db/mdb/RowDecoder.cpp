@@ -72,15 +72,10 @@ Result<RowDecoder::Frame> RowDecoder::frame(ByteView row) const
     const std::size_t tableBytes = (std::size_t(variableCount) + 2) * kCountSize;  // entries, end offset, count
     if (tableBytes > maskStart)
         return Error{"row's variable-value table (" + std::to_string(variableCount) + " entries) does not fit the row"};
-    const std::size_t tableStart = maskStart - tableBytes;
-    for (uint16_t k = 0; k < variableCount; ++k)
-        frame.variableOffsets.push_back(row.u16(maskStart - kCountSize * (std::size_t(k) + 2)));
-    frame.variableOffsets.push_back(row.u16(tableStart));  // where the last value ends
-    for (std::size_t k = 0; k + 1 < frame.variableOffsets.size(); ++k) {
-        if (frame.variableOffsets[k] > frame.variableOffsets[k + 1] || frame.variableOffsets.back() > tableStart)
-            return Error{"row's variable-value offsets are out of order or past the row's data"};
-    }
-    if (frame.variableOffsets.size() == 1 && frame.variableOffsets[0] > tableStart)
+    frame.variableCount = variableCount;
+    frame.maskStart = maskStart;
+    frame.tableStart = maskStart - tableBytes;
+    if (row.u16(frame.tableStart) > frame.tableStart)
         return Error{"row's data end lies past its offset table"};
     return frame;
 }
@@ -103,10 +98,16 @@ Result<Value> RowDecoder::fixedValue(ByteView row, const Column& column) const
 
 Result<Value> RowDecoder::variableValue(ByteView row, const Frame& frame, const Column& column) const
 {
-    if (std::size_t(column.variableIndex) + 1 >= frame.variableOffsets.size())
+    if (std::size_t(column.variableIndex) >= frame.variableCount)
         return Value(Null{});  // the row predates the column
-    const uint16_t start = frame.variableOffsets[column.variableIndex];
-    const uint16_t end = frame.variableOffsets[std::size_t(column.variableIndex) + 1];
+    // Entry k lies 2(k + 2) bytes before the mask; the entry after the
+    // last one is the end of the data, at the table's start.
+    const std::size_t k = column.variableIndex;
+    const uint16_t start = row.u16(frame.maskStart - kCountSize * (k + 2));
+    const uint16_t end = k + 1 < frame.variableCount ? row.u16(frame.maskStart - kCountSize * (k + 3))
+                                                     : row.u16(frame.tableStart);
+    if (start > end || end > frame.tableStart)
+        return Error{"column " + column.name + ": the row's variable-value offsets are out of order or past its data"};
     const ByteView bytes = row.sub(start, std::size_t(end - start));
     if (column.isLongValue()) {
         auto value = readLongValue(pager_, bytes);
@@ -129,34 +130,48 @@ Result<Value> RowDecoder::variableValue(ByteView row, const Frame& frame, const 
     return Value(Bytes(bytes.data(), bytes.data() + bytes.size()));
 }
 
+Result<Value> RowDecoder::columnValue(ByteView row, const Frame& frame, const Column& column) const
+{
+    const bool present = isPresent(frame, column);
+    if (column.type == ColumnType::Boolean)
+        return Value(present);  // a yes/no value is its null-mask bit
+    if (!present)
+        return Value(Null{});
+    return column.isFixed() ? fixedValue(row, column) : variableValue(row, frame, column);
+}
+
 Result<std::vector<Value>> RowDecoder::decode(ByteView row, const std::vector<bool>* wanted) const
 {
     auto layout = frame(row);
     if (!layout)
         return layout.error();
-    std::vector<Value> values;
-    values.reserve(table_.columns.size());
+    std::vector<Value> values(table_.columns.size());
     for (std::size_t i = 0; i < table_.columns.size(); ++i) {
-        const Column& column = table_.columns[i];
-        if (wanted && !(i < wanted->size() && (*wanted)[i])) {
-            values.emplace_back(Null{});
+        if (wanted && !(i < wanted->size() && (*wanted)[i]))
             continue;
-        }
-        const bool present = isPresent(*layout, column);
-        if (column.type == ColumnType::Boolean) {
-            values.emplace_back(present);  // a yes/no value is its null-mask bit
-            continue;
-        }
-        if (!present) {
-            values.emplace_back(Null{});
-            continue;
-        }
-        auto value = column.isFixed() ? fixedValue(row, column) : variableValue(row, *layout, column);
+        auto value = columnValue(row, *layout, table_.columns[i]);
         if (!value)
             return value.error();
-        values.push_back(std::move(*value));
+        values[i] = std::move(*value);
     }
     return values;
+}
+
+Status RowDecoder::decodeInto(ByteView row, const std::vector<std::size_t>& positions,
+                              std::vector<Value>& values) const
+{
+    auto layout = frame(row);
+    if (!layout)
+        return layout.error();
+    for (std::size_t i : positions) {
+        if (i >= table_.columns.size() || i >= values.size())
+            return Error{"column position " + std::to_string(i) + " is outside the row"};
+        auto value = columnValue(row, *layout, table_.columns[i]);
+        if (!value)
+            return value.error();
+        values[i] = std::move(*value);
+    }
+    return Status::success();
 }
 
 }  // namespace mdb
