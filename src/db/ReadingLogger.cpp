@@ -1,0 +1,100 @@
+#include "db/ReadingLogger.h"
+
+#include "db/DatabaseSession.h"
+#include "errors/ErrorReporter.h"
+#include "settings/SettingsModel.h"
+#include "settings/clsSource.h"
+#include "shared/DateText.h"
+#include "shared/NumberText.h"
+
+namespace {
+
+// The reading's time to the minute; a reading that never had a time counts
+// as the zero date at midnight.
+QDateTime minuteOf(const QDateTime& readDate)
+{
+    if (!readDate.isValid())
+        return QDateTime(DateText::zeroDate(), QTime(0, 0));
+    const QTime time = readDate.time();
+    return QDateTime(readDate.date(), QTime(time.hour(), time.minute()));
+}
+
+// A number as its general text would store it: 15 significant digits.
+QVariant general(double value)
+{
+    return NumberText::GeneralNumber(value).toDouble();
+}
+
+std::vector<ColumnValue> historyRow(const clsWeather& reading, qint32 sourceID, const QDateTime& minute)
+{
+    return {
+        {"Pressure", general(reading.Barometer())},
+        {"InTemperature", general(reading.TemperatureIn())},
+        {"InHumidity", general(reading.HumidityIn())},
+        {"OutTemperature", general(reading.TemperatureOut())},
+        {"OutHumidity", general(reading.HumidityOut())},
+        {"Dewpoint", general(reading.Dewpoint())},
+        {"Windchill", general(reading.WindChill())},
+        {"WindSpeed", NumberText::FixedNumber(reading.WindSpeed(), 1).toDouble()},
+        {"WindDir", reading.WindDirection()},
+        {"RainTotal", general(reading.RainTotal())},
+        {"TimeText", DateText::format(minute, "HH:mm")},
+        {"DateText", DateText::format(minute, "dd.MM.yyyy")},
+        {"DateRead", minute},
+        {"Rain1Hr", general(reading.Rain1hr())},
+        {"Rain24Hr", general(reading.Rain24hr())},
+        {"BarTrend", int(reading.TrendData())},
+        {"Stability", int(reading.StabilityData())},
+        {"Storm", int(reading.StormWarningData())},
+        {"SourceID", sourceID},
+    };
+}
+
+const QStringList kHistoryColumns = {"Pressure",   "InTemperature", "InHumidity", "OutTemperature", "OutHumidity",
+                                     "Dewpoint",   "Windchill",     "WindSpeed",  "WindDir",        "RainTotal",
+                                     "TimeText",   "DateText",      "DateRead",   "Rain1Hr",        "Rain24Hr",
+                                     "BarTrend",   "Stability",     "Storm",      "SourceID"};
+
+}  // namespace
+
+// Duplicate test:
+//   SELECT 1 FROM HISTORY WHERE SourceID = <S> AND DateRead = #<D as mm/dd/yyyy HH:nn>#
+// and, when it finds no row:
+//   INSERT INTO History (Pressure, InTemperature, InHumidity, OutTemperature, OutHumidity,
+//     Dewpoint, Windchill, WindSpeed, WindDir, RainTotal, TimeText, DateText,
+//     DateRead, Rain1Hr, Rain24Hr, BarTrend, Stability, Storm, SourceID)
+//   VALUES (<numbers as general text>, <wind speed as #0.0>, '<wind direction>', ...,
+//     '<D as HH:nn>', '<D as dd.mm.yyyy>', #<D as mm/dd/yyyy HH:nn>#, ..., <S>)
+// The values go in typed, so a quote in the wind direction is stored as it is.
+bool ReadingLogger::LogReading(const clsSource& source)
+{
+    const QString path = settings_.PrimaryDB();
+    if (path.isEmpty())
+        return false;
+    BusyScope busy(environment_.busy);
+    auto fail = [this](const mdb::Error& error) {
+        environment_.errors.ReportError("\r\nDatabase Write Error: " + QString::fromStdString(error.message));
+        return false;
+    };
+
+    auto session = DatabaseSession::open(path, DatabaseSession::Access::Write, environment_);
+    if (!session)
+        return fail(session.error());
+    auto history = (*session)->table("History", kHistoryColumns);
+    if (!history)
+        return fail(history.error());
+
+    const QDateTime minute = minuteOf(source.wData().ReadDate());
+    const qint32 sourceID = source.sourceID();
+    auto existing = (*session)->rowsWhere(*history, {{"SourceID", sourceID}, {"DateRead", minute}});
+    if (!existing)
+        return fail(existing.error());
+    if (!existing->empty())
+        return false;
+
+    if (auto inserted = (*session)->insert(*history, historyRow(source.wData(), sourceID, minute)); !inserted)
+        return fail(inserted.error());
+    if (mdb::Status committed = (*session)->commit(); !committed)
+        return fail(committed.error());
+    return true;
+}

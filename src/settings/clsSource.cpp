@@ -1,0 +1,208 @@
+#include "settings/clsSource.h"
+
+#include "db/DatabaseSession.h"
+#include "errors/ErrorReporter.h"
+#include "errors/MessageBoxes.h"
+#include "shared/Clock.h"
+
+#include <cmath>
+#include <limits>
+
+namespace {
+
+const QStringList kColumns = {"SourceID",       "SourceName",     "SourceType",  "SourceFileName",
+                              "SourceDatabase", "DataID",         "ImportFilename", "ExportFilename",
+                              "LogMultiple",    "Enabled"};
+
+// A text column's value; null reads as empty text.
+QString textOf(const QVariant& value)
+{
+    return value.isNull() ? QString() : value.toString();
+}
+
+// What a statement stores for a text: NULL for empty text.
+QVariant storedText(const QString& text)
+{
+    return text.isEmpty() ? QVariant() : QVariant(text);
+}
+
+// A whole-number column's value in the property's range; null reads as 0.
+template <typename Whole>
+mdb::Result<Whole> wholeOf(const QVariant& value, const char* column)
+{
+    if (value.isNull())
+        return Whole(0);
+    const double number = std::nearbyint(value.toDouble());
+    if (!(number >= double(std::numeric_limits<Whole>::min()) && number <= double(std::numeric_limits<Whole>::max())))
+        return mdb::Error{std::string("overflow: the value of ") + column + " is out of range"};
+    return Whole(number);
+}
+
+}  // namespace
+
+clsSource::clsSource(const Environment& environment) : environment_(environment) {}
+
+clsWeather& clsSource::wData() const
+{
+    if (!reading_)
+        reading_ = std::make_shared<clsWeather>();
+    return *reading_;
+}
+
+bool clsSource::Refresh()
+{
+    return wData().RefreshData(sourceFileName_, sourceType_, environment_.errors, environment_.clock.now());
+}
+
+// SELECT * FROM Sources WHERE SourceID =<id>
+// The first row found fills the properties; LogCounter and wData stay.
+bool clsSource::getSource(const QString& databasePath, qint32 id)
+{
+    if (databasePath.isEmpty())
+        return false;
+    BusyScope busy(environment_.busy);
+    auto fail = [this](const mdb::Error& error) {
+        environment_.errors.ReportError("\r\nDatabase Read Error: " + QString::fromStdString(error.message));
+        return false;
+    };
+    auto session = DatabaseSession::open(databasePath, DatabaseSession::Access::Read, environment_);
+    if (!session)
+        return fail(session.error());
+    auto table = (*session)->table("Sources", kColumns);
+    if (!table)
+        return fail(table.error());
+    auto rows = (*session)->rowsWhere(*table, {{"SourceID", id}});
+    if (!rows)
+        return fail(rows.error());
+    if (rows->empty())
+        return false;
+
+    const mdb::Row& row = rows->front();
+    auto type = wholeOf<qint16>(table->value(row, "SourceType"), "SourceType");
+    auto dataID = wholeOf<qint32>(table->value(row, "DataID"), "DataID");
+    auto logMultiple = wholeOf<qint32>(table->value(row, "LogMultiple"), "LogMultiple");
+    if (!type)
+        return fail(type.error());
+    if (!dataID)
+        return fail(dataID.error());
+    if (!logMultiple)
+        return fail(logMultiple.error());
+    sourceID_ = id;
+    sourceName_ = textOf(table->value(row, "SourceName"));
+    sourceType_ = *type;
+    sourceFileName_ = textOf(table->value(row, "SourceFileName"));
+    sourceDatabase_ = textOf(table->value(row, "SourceDatabase"));
+    dataID_ = *dataID;
+    importFileName_ = textOf(table->value(row, "ImportFilename"));
+    exportFileName_ = textOf(table->value(row, "ExportFilename"));
+    logMultiple_ = *logMultiple;
+    enabled_ = table->value(row, "Enabled").toBool();
+    return true;
+}
+
+// SELECT * FROM Sources WHERE SourceID =<id>
+// then, when a row exists:
+// UPDATE Sources SET SourceName = <name>, SourceType = <type>, SourceFileName = <file>,
+//   sourceDatabase = <database>, DataID = <data id>, ImportFilename = <import file>,
+//   ExportFilename = <export file>, LogMultiple = <log multiple> WHERE SourceID = <id>
+// (texts quoted, empty ones NULL), and otherwise addNew.
+bool clsSource::saveSource(const QString& databasePath, qint32& id)
+{
+    if (databasePath.isEmpty())
+        return false;
+    BusyScope busy(environment_.busy);
+    auto fail = [this](const mdb::Error& error) {
+        environment_.errors.ReportError("\r\nDatabase Write Error: " + QString::fromStdString(error.message));
+        return false;
+    };
+    auto session = DatabaseSession::open(databasePath, DatabaseSession::Access::Write, environment_);
+    if (!session)
+        return fail(session.error());
+    auto table = (*session)->table("Sources", kColumns);
+    if (!table)
+        return fail(table.error());
+    auto rows = (*session)->rowsWhere(*table, {{"SourceID", id}});
+    if (!rows)
+        return fail(rows.error());
+    if (rows->empty()) {
+        session->reset();  // addNew opens the file for itself
+        id = addNew(databasePath);
+        return id >= 0;
+    }
+
+    const std::vector<ColumnValue> values = {
+        {"SourceName", storedText(sourceName_)},
+        {"SourceType", sourceType_},
+        {"SourceFileName", storedText(sourceFileName_)},
+        {"SourceDatabase", storedText(sourceDatabase_)},
+        {"DataID", dataID_},
+        {"ImportFilename", storedText(importFileName_)},
+        {"ExportFilename", storedText(exportFileName_)},
+        {"LogMultiple", logMultiple_},
+    };
+    for (const mdb::Row& row : *rows) {
+        if (mdb::Status updated = (*session)->update(*table, row.location, values); !updated)
+            return fail(updated.error());
+    }
+    if (mdb::Status committed = (*session)->commit(); !committed)
+        return fail(committed.error());
+    return true;
+}
+
+// SELECT SourceID FROM Sources ORDER BY SourceID DESC   (the first row's key plus one; 0 when empty)
+// INSERT INTO Sources (SourceID, SourceName, SourceType, SourceFileName, SourceDatabase, DataID,
+//   ImportFilename, ExportFilename, LogMultiple) VALUES (<the nine values>)
+qint32 clsSource::addNew(const QString& databasePath)
+{
+    if (databasePath.isEmpty())
+        return 0;
+    BusyScope busy(environment_.busy);
+    auto fail = [this](const mdb::Error& error) {
+        environment_.errors.ReportError("\r\nDatabase write Error: " + QString::fromStdString(error.message));
+        return 0;
+    };
+    auto session = DatabaseSession::open(databasePath, DatabaseSession::Access::Write, environment_);
+    if (!session)
+        return fail(session.error());
+    auto table = (*session)->table("Sources", kColumns);
+    if (!table)
+        return fail(table.error());
+
+    // Rows without a key are passed over; they can never be chosen by key.
+    std::optional<qint64> highest;
+    mdb::Status scanned = (*session)->scan(*table, [&](const mdb::Row& row) {
+        const QVariant key = table->value(row, "SourceID");
+        if (!key.isNull())
+            highest = std::max(highest.value_or(std::numeric_limits<qint64>::min()), qint64(key.toDouble()));
+        return true;
+    }, {"SourceID"});
+    if (!scanned)
+        return fail(scanned.error());
+    const qint64 next = highest ? *highest + 1 : 0;
+    if (next > std::numeric_limits<qint32>::max())
+        return fail(mdb::Error{"overflow: no source key follows " + std::to_string(*highest)});
+
+    const std::vector<ColumnValue> values = {
+        {"SourceID", qint32(next)},
+        {"SourceName", storedText(sourceName_)},
+        {"SourceType", sourceType_},
+        {"SourceFileName", storedText(sourceFileName_)},
+        {"SourceDatabase", storedText(sourceDatabase_)},
+        {"DataID", dataID_},
+        {"ImportFilename", storedText(importFileName_)},
+        {"ExportFilename", storedText(exportFileName_)},
+        {"LogMultiple", logMultiple_},
+    };
+    if (auto inserted = (*session)->insert(*table, values); !inserted)
+        return fail(inserted.error());
+    if (mdb::Status committed = (*session)->commit(); !committed)
+        return fail(committed.error());
+    session->reset();
+
+    sourceID_ = qint32(next);
+    environment_.boxes.show("New Source Added",
+                            "Source " + sourceName_ +
+                                " has been added. When you have completed adding Sources, restart the application",
+                            MessageBoxes::Icon::Information);
+    return sourceID_;
+}

@@ -1,0 +1,15 @@
+#include "shared/Environment.h"
+
+#include "db/mdb/FileSystem.h"
+
+BusyIndicator& Environment::noBusyIndicator()
+{
+    static NoBusyIndicator indicator;
+    return indicator;
+}
+
+mdb::FileSystem& Environment::diskFiles()
+{
+    static mdb::DiskFileSystem files;
+    return files;
+}

@@ -1,0 +1,175 @@
+#include "DatabaseFixture.h"
+#include "db/DatabaseSession.h"
+#include "db/SourceList.h"
+#include "db/mdb/Database.h"
+#include "settings/clsSource.h"
+
+namespace {
+
+class SourceRecords : public DatabaseFixture {
+protected:
+    // Adds a Sources row directly, as a user editing the table would.
+    void addRow(qint32 id, const QString& name, bool enabled = false)
+    {
+        auto session = DatabaseSession::open(path, DatabaseSession::Access::Write, environment);
+        ASSERT_TRUE(session) << session.error().message;
+        auto table = (*session)->table("Sources");
+        ASSERT_TRUE(table);
+        ASSERT_TRUE((*session)->insert(*table, {{"SourceID", id}, {"SourceName", name}, {"Enabled", enabled}}));
+        ASSERT_TRUE((*session)->commit());
+    }
+
+    clsSource filledSource()
+    {
+        clsSource source(environment);
+        source.setSourceName("O'Neil's garden");
+        source.setSourceType(1);
+        source.setSourceFileName("C:\\Heavy Weather\\currdat.lst");
+        source.setSourceDatabase(path);
+        source.setDataID(4);
+        source.setImportFileName("/home/pat/history page.txt");
+        source.setLogMultiple(3);
+        return source;
+    }
+};
+
+TEST_F(SourceRecords, NewKeysFollowTheHighest)
+{
+    clsSource source = filledSource();
+    EXPECT_EQ(source.addNew(path), 0) << "an empty table starts at 0";
+    ASSERT_EQ(boxes.boxes().size(), 1u);
+    EXPECT_EQ(boxes.boxes()[0].title, "New Source Added");
+    EXPECT_EQ(boxes.boxes()[0].text, "Source O'Neil's garden has been added. When you have completed adding "
+                                     "Sources, restart the application");
+    EXPECT_EQ(boxes.boxes()[0].icon, MessageBoxes::Icon::Information);
+
+    addRow(1, "roof");
+    addRow(5, "shed");
+    EXPECT_EQ(source.addNew(path), 6) << "keys 0, 1 and 5 give 6; gaps are not reused";
+    EXPECT_EQ(source.sourceID(), 6);
+    EXPECT_TRUE(errors.empty());
+}
+
+TEST_F(SourceRecords, SaveAndLoadRoundTrip)
+{
+    clsSource saved = filledSource();
+    qint32 id = 17;
+    EXPECT_TRUE(saved.saveSource(path, id));
+    EXPECT_EQ(id, 0) << "an unknown key is added under the next free key, reported back";
+
+    clsSource loaded(environment);
+    loaded.setLogCounter(2);
+    ASSERT_TRUE(loaded.getSource(path, 0));
+    EXPECT_EQ(loaded.sourceID(), 0);
+    EXPECT_EQ(loaded.sourceName(), "O'Neil's garden");
+    EXPECT_EQ(loaded.sourceType(), 1);
+    EXPECT_EQ(loaded.SourceFileName(), "C:\\Heavy Weather\\currdat.lst");
+    EXPECT_EQ(loaded.sourceDatabase(), path);
+    EXPECT_EQ(loaded.dataID(), 4);
+    EXPECT_EQ(loaded.ImportFileName(), "/home/pat/history page.txt");
+    EXPECT_EQ(loaded.ExportFileName(), "") << "stored as null, loaded as empty";
+    EXPECT_EQ(loaded.LogMultiple(), 3);
+    EXPECT_EQ(loaded.LogCounter(), 2) << "never stored, left alone";
+
+    const MdbTools::Export sources = exported("Sources");
+    ASSERT_EQ(sources.rows.size(), 1u);
+    EXPECT_EQ(cell(sources, 0, "SourceName"), "O'Neil's garden");
+    EXPECT_EQ(cell(sources, 0, "ExportFilename"), "<null>");
+
+    loaded.setSourceName("Roof");
+    loaded.setExportFileName("/srv/www/feed.xml");
+    EXPECT_TRUE(loaded.saveSource(path, id));
+    EXPECT_EQ(id, 0);
+    EXPECT_EQ(MdbTools::count(path.toStdString(), "Sources"), 1) << "an existing key is changed in place";
+    clsSource again(environment);
+    ASSERT_TRUE(again.getSource(path, 0));
+    EXPECT_EQ(again.sourceName(), "Roof");
+    EXPECT_EQ(again.ExportFileName(), "/srv/www/feed.xml");
+    EXPECT_TRUE(errors.empty()) << errors.messages().join("|").toStdString();
+}
+
+TEST_F(SourceRecords, EnabledIsReadButNeverWritten)
+{
+    addRow(2, "garden", true);
+    clsSource source(environment);
+    ASSERT_TRUE(source.getSource(path, 2));
+    EXPECT_TRUE(source.Enabled());
+    source.setEnabled(false);
+    qint32 id = 2;
+    ASSERT_TRUE(source.saveSource(path, id));
+    clsSource reloaded(environment);
+    ASSERT_TRUE(reloaded.getSource(path, 2));
+    EXPECT_TRUE(reloaded.Enabled());
+}
+
+TEST_F(SourceRecords, MissingRowOrEmptyPathChangesNothing)
+{
+    clsSource source = filledSource();
+    EXPECT_FALSE(source.getSource(path, 9));
+    EXPECT_EQ(source.sourceName(), "O'Neil's garden");
+    qint32 id = 3;
+    EXPECT_FALSE(source.getSource("", 3));
+    EXPECT_FALSE(source.saveSource("", id));
+    EXPECT_EQ(source.addNew(""), 0);
+    EXPECT_TRUE(boxes.boxes().empty());
+    EXPECT_TRUE(errors.empty());
+    EXPECT_EQ(MdbTools::count(path.toStdString(), "Sources"), 0);
+}
+
+TEST_F(SourceRecords, EachOperationNamesItsFailure)
+{
+    const QString missing = folder.file("gone.mdb");
+    clsSource source = filledSource();
+    qint32 id = 0;
+    EXPECT_FALSE(source.getSource(missing, 0));
+    EXPECT_FALSE(source.saveSource(missing, id));
+    EXPECT_EQ(source.addNew(missing), 0);
+    const QStringList messages = errors.messages();
+    ASSERT_EQ(messages.size(), 3);
+    EXPECT_TRUE(messages[0].startsWith("\r\nDatabase Read Error: cannot open"));
+    EXPECT_TRUE(messages[1].startsWith("\r\nDatabase Write Error: cannot open"));
+    EXPECT_TRUE(messages[2].startsWith("\r\nDatabase write Error: cannot open"));
+    EXPECT_TRUE(boxes.boxes().empty());
+}
+
+TEST_F(SourceRecords, TooLongTextIsRefusedAndNothingIsLost)
+{
+    addRow(0, "roof");
+    clsSource source = filledSource();
+    source.setSourceFileName(QString(300, 'x'));
+    EXPECT_EQ(source.addNew(path), 0);
+    ASSERT_EQ(errors.messages().size(), 1);
+    EXPECT_TRUE(errors.messages()[0].contains("at most 255 characters"));
+    EXPECT_EQ(MdbTools::count(path.toStdString(), "Sources"), 1);
+}
+
+TEST_F(SourceRecords, ReadingIsNeverEmpty)
+{
+    clsSource source(environment);
+    source.wData().setBarometer(1000);
+    auto shared = std::make_shared<clsWeather>();
+    source.setwData(shared);
+    EXPECT_EQ(&source.wData(), shared.get());
+    source.setwData(nullptr);
+    EXPECT_EQ(source.wData().Barometer(), 0) << "a new reading replaces a missing one";
+
+    source.setSourceFileName(fixturePath("currdat-hwpro-ws2800.lst"));
+    EXPECT_TRUE(source.Refresh());
+    EXPECT_EQ(source.wData().TemperatureOut(), 21.5);
+}
+
+TEST_F(SourceRecords, SourceListIsInKeyOrder)
+{
+    addRow(5, "shed");
+    addRow(0, "roof");
+    addRow(1, "O'Neil's");
+    using modNimbrel::SourceListEntry;
+    const QList<SourceListEntry> expected = {{"roof", 0}, {"O'Neil's", 1}, {"shed", 5}};
+    EXPECT_EQ(modNimbrel::FillSourceList(path, environment), expected);
+    EXPECT_TRUE(modNimbrel::FillSourceList("", environment).isEmpty());
+    EXPECT_TRUE(modNimbrel::FillSourceList(folder.file("gone.mdb"), environment).isEmpty());
+    ASSERT_EQ(errors.messages().size(), 1);
+    EXPECT_TRUE(errors.messages()[0].startsWith("\r\nDatabase Read Error: "));
+}
+
+}  // namespace
