@@ -1,5 +1,7 @@
 #include "app/CommandLine.h"
 
+#include "app/DatabaseBench.h"
+
 #include "db/NimbrelSchema.h"
 #include "db/mdb/Database.h"
 #include "db/mdb/Verifier.h"
@@ -31,6 +33,9 @@ const char* const kUsage =
     "                       (History, Sources, Favorites, Traces, DayDiary); never\n"
     "                       writes over an existing file.\n"
     "  verify-db FILE       check an Access database's rows, indexes and page maps.\n"
+    "  bench db [FOLDER]    build a ten-year database (in FOLDER, kept, or in a\n"
+    "                       temporary folder) and time logging a reading and\n"
+    "                       reading a day, a month and a year of one quantity.\n"
     "  --verify             (with any other command or the window) check the database\n"
     "                       after every change Nimbrel writes.\n";
 
@@ -205,6 +210,17 @@ int runVerifyDb(const QStringList& arguments)
     return problems.empty() ? 0 : 1;
 }
 
+int runBench(const QStringList& arguments)
+{
+    QTextStream errors(stderr);
+    if (arguments.value(0) != u"db" || arguments.size() > 2) {
+        errors << "nimbrel bench: the only bench is \"db\" (nimbrel bench db [FOLDER])\n";
+        return 2;
+    }
+    QTextStream out(stdout);
+    return runDatabaseBench(out, errors, arguments.value(1));
+}
+
 }  // namespace
 
 namespace CommandLine {
@@ -214,7 +230,7 @@ bool isCommand(const QStringList& arguments)
     if (arguments.size() < 2)
         return false;
     const QString& command = arguments.at(1);
-    static const QStringList commands{"--help", "-h", "read", "mdb-dump", "create-db", "verify-db"};
+    static const QStringList commands{"--help", "-h", "read", "mdb-dump", "create-db", "verify-db", "bench"};
     return commands.contains(command);
 }
 
@@ -229,6 +245,8 @@ int run(const QStringList& arguments)
         return runCreateDb(arguments.mid(2));
     if (command == u"verify-db")
         return runVerifyDb(arguments.mid(2));
+    if (command == u"bench")
+        return runBench(arguments.mid(2));
     QTextStream(stdout) << kUsage;
     return 0;
 }

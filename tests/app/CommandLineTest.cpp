@@ -75,6 +75,11 @@ TEST(CommandLine, ReadFeedAndHelp)
     const ProgramRun help = nimbrel({"--help"});
     EXPECT_EQ(help.exitCode, 0);
     EXPECT_TRUE(help.out.contains("read FILE [--feed]"));
+    EXPECT_TRUE(help.out.contains("bench db [FOLDER]"));
+
+    const ProgramRun unknownBench = nimbrel({"bench", "graphs"});
+    EXPECT_EQ(unknownBench.exitCode, 2);
+    EXPECT_TRUE(unknownBench.err.contains("nimbrel bench db")) << unknownBench.err.toStdString();
 }
 
 TEST(CommandLine, MdbDumpListsTablesAndPrintsRows)
