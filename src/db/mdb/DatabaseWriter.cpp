@@ -264,9 +264,11 @@ Status DatabaseWriter::createIndex(const std::string& tableName, const IndexSpec
     if (Status written = writeDefinition(pager, allocator_, table.firstPage, *grown); !written)
         return failed(written);
 
-    // Read the new definition back and fill the index from the rows.
+    // Read the new definition back and fill the index from the rows. The
+    // table's state goes, and `table` with it: keep its page first.
+    const uint32_t definitionPage = table.firstPage;
     tables_.erase(tableName);
-    auto reread = readTableDefinition(pager, table.firstPage, tableName);
+    auto reread = readTableDefinition(pager, definitionPage, tableName);
     if (!reread)
         return failed(Status(reread.error()));
     if (Status writable = TableWriter::checkWritable(*reread); !writable)
