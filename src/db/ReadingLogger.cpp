@@ -25,8 +25,11 @@ QVariant general(double value)
     return NumberText::GeneralNumber(value).toDouble();
 }
 
-std::vector<ColumnValue> historyRow(const clsWeather& reading, qint32 sourceID, const QDateTime& minute)
+}  // namespace
+
+std::vector<ColumnValue> ReadingLogger::historyRow(const clsWeather& reading, qint32 sourceID)
 {
+    const QDateTime minute = minuteOf(reading.ReadDate());
     return {
         {"Pressure", general(reading.Barometer())},
         {"InTemperature", general(reading.TemperatureIn())},
@@ -49,6 +52,8 @@ std::vector<ColumnValue> historyRow(const clsWeather& reading, qint32 sourceID, 
         {"SourceID", sourceID},
     };
 }
+
+namespace {
 
 const QStringList kHistoryColumns = {"Pressure",   "InTemperature", "InHumidity", "OutTemperature", "OutHumidity",
                                      "Dewpoint",   "Windchill",     "WindSpeed",  "WindDir",        "RainTotal",
@@ -92,7 +97,7 @@ bool ReadingLogger::LogReading(const clsSource& source)
     if (!existing->empty())
         return false;
 
-    if (auto inserted = (*session)->insert(*history, historyRow(source.wData(), sourceID, minute)); !inserted)
+    if (auto inserted = (*session)->insert(*history, historyRow(source.wData(), sourceID)); !inserted)
         return fail(inserted.error());
     if (mdb::Status committed = (*session)->commit(); !committed)
         return fail(committed.error());

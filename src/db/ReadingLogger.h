@@ -1,9 +1,13 @@
 #pragma once
 
+#include "db/DatabaseSession.h"
 #include "shared/Environment.h"
+
+#include <vector>
 
 class SettingsModel;
 class clsSource;
+class clsWeather;
 
 // Writes a source's current reading as one row of History in the primary
 // database, unless that source already has a row for the same minute.
@@ -20,6 +24,10 @@ public:
     // failure, which is reported as "Database Write Error: " through
     // ReportError. The reading itself is never changed.
     bool LogReading(const clsSource& source);
+
+    // The History row of a reading, stamped with its minute (the zero date
+    // for a reading that never had a time).
+    static std::vector<ColumnValue> historyRow(const clsWeather& reading, qint32 sourceID);
 
 private:
     const SettingsModel& settings_;

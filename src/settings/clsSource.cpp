@@ -1,6 +1,7 @@
 #include "settings/clsSource.h"
 
 #include "db/DatabaseSession.h"
+#include "db/KeyedLists.h"
 #include "errors/ErrorReporter.h"
 #include "errors/MessageBoxes.h"
 #include "shared/Clock.h"
@@ -205,4 +206,16 @@ qint32 clsSource::addNew(const QString& databasePath)
                                 " has been added. When you have completed adding Sources, restart the application",
                             MessageBoxes::Icon::Information);
     return sourceID_;
+}
+
+// SELECT * FROM Sources Order by SourceID, then getSource for each row.
+std::vector<std::shared_ptr<clsSource>> loadSources(const QString& databasePath, const Environment& environment)
+{
+    std::vector<std::shared_ptr<clsSource>> sources;
+    for (const modNimbrel::ListEntry& entry : modNimbrel::FillSourceList(databasePath, environment)) {
+        auto source = std::make_shared<clsSource>(environment);
+        if (source->getSource(databasePath, entry.key))
+            sources.push_back(std::move(source));
+    }
+    return sources;
 }

@@ -6,6 +6,7 @@
 #include <QString>
 #include <QtGlobal>
 #include <memory>
+#include <vector>
 
 // One weather source: an input file that another program rewrites, with the
 // database and export files of its readings, as a row of the Sources table.
@@ -79,3 +80,8 @@ private:
     bool enabled_ = false;
     mutable std::shared_ptr<clsWeather> reading_ = std::make_shared<clsWeather>();
 };
+
+// One source record per row of Sources, in SourceID order, each loaded by
+// its key. Failures are reported by the operations that meet them; the
+// sources that could be loaded are returned.
+std::vector<std::shared_ptr<clsSource>> loadSources(const QString& databasePath, const Environment& environment);

@@ -1,6 +1,6 @@
 #include "DatabaseFixture.h"
 #include "db/DatabaseSession.h"
-#include "db/SourceList.h"
+#include "db/KeyedLists.h"
 #include "db/mdb/Database.h"
 #include "settings/clsSource.h"
 
@@ -163,8 +163,8 @@ TEST_F(SourceRecords, SourceListIsInKeyOrder)
     addRow(5, "shed");
     addRow(0, "roof");
     addRow(1, "O'Neil's");
-    using modNimbrel::SourceListEntry;
-    const QList<SourceListEntry> expected = {{"roof", 0}, {"O'Neil's", 1}, {"shed", 5}};
+    using modNimbrel::ListEntry;
+    const QList<ListEntry> expected = {{"roof", 0}, {"O'Neil's", 1}, {"shed", 5}};
     EXPECT_EQ(modNimbrel::FillSourceList(path, environment), expected);
     EXPECT_TRUE(modNimbrel::FillSourceList("", environment).isEmpty());
     EXPECT_TRUE(modNimbrel::FillSourceList(folder.file("gone.mdb"), environment).isEmpty());
