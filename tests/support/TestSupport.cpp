@@ -55,3 +55,30 @@ std::vector<RecordingMessageBoxes::Box> RecordingMessageBoxes::boxes() const
     QMutexLocker lock(&mutex_);
     return boxes_;
 }
+
+QString goldenPath(const QString& name)
+{
+    return QDir(QStringLiteral(NIMBREL_GOLDEN_DIR)).filePath(name);
+}
+
+void expectSameAsGolden(const QByteArray& actual, const QString& goldenPath)
+{
+    if (qEnvironmentVariableIntValue("NIMBREL_UPDATE_GOLDEN") == 1) {
+        QFile out(goldenPath);
+        if (!out.open(QIODevice::WriteOnly) || out.write(actual) != actual.size())
+            ADD_FAILURE() << "cannot rewrite " << goldenPath.toStdString();
+        return;
+    }
+    const QByteArray expected = readAll(goldenPath);
+    if (actual == expected)
+        return;
+    qsizetype at = 0;
+    while (at < actual.size() && at < expected.size() && actual[at] == expected[at])
+        ++at;
+    const auto around = [at](const QByteArray& bytes) {
+        return bytes.mid(std::max<qsizetype>(0, at - 20), 60).toPercentEncoding(" <>=\"/:.,;()~-_").toStdString();
+    };
+    ADD_FAILURE() << goldenPath.toStdString() << ": differs at byte " << at << " (actual " << actual.size()
+                  << " bytes, golden " << expected.size() << ")\n  actual: " << around(actual)
+                  << "\n  golden: " << around(expected);
+}

@@ -57,3 +57,11 @@ private:
     mutable QMutex mutex_;
     std::vector<Box> boxes_;
 };
+
+// Compares `actual` with the golden file whole, length included, and says
+// where they first differ. With NIMBREL_UPDATE_GOLDEN=1 in the environment
+// the golden file is rewritten instead (then review the change with git diff).
+void expectSameAsGolden(const QByteArray& actual, const QString& goldenPath);
+
+// A golden file of the source tree's tests/golden folder.
+QString goldenPath(const QString& name);
