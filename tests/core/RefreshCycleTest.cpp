@@ -1,0 +1,264 @@
+#include "DatabaseFixture.h"
+#include "app/RefreshCycle.h"
+#include "db/DatabaseSession.h"
+#include "readings/StationSimulator.h"
+#include "settings/SettingsModel.h"
+
+#include <QFile>
+
+namespace {
+
+// Remembers what the cycle showed.
+class RecordingView final : public CycleView {
+public:
+    void setTrayState(int state) override { states.push_back(state); }
+    void showReading(const clsWeather& reading) override { shown.push_back(reading); }
+    std::vector<int> states;
+    std::vector<clsWeather> shown;
+};
+
+// A graph that records what it was asked to do and fails the redraws it is told to.
+class ScriptedGraph final : public CycleGraph {
+public:
+    void moveToToday(const QDate& today) override { calls << "today " + today.toString(Qt::ISODate); }
+    QList<qint32> exportFavourites() override { return favourites; }
+    bool loadFavourite(qint32 favID) override
+    {
+        calls << QString("load %1").arg(favID);
+        return true;
+    }
+    bool redraw() override
+    {
+        calls << "redraw";
+        return failingRedraws-- <= 0;
+    }
+    void exportPicture(int position) override { calls << QString("picture %1").arg(position); }
+
+    QList<qint32> favourites;
+    int failingRedraws = 0;
+    QStringList calls;
+};
+
+class RefreshCycleTest : public DatabaseFixture {
+protected:
+    const QDateTime kStart{QDate(2026, 3, 10), QTime(10, 0, 0)};
+
+    void SetUp() override
+    {
+        DatabaseFixture::SetUp();
+        settings.setDatabase(path);
+        stationFile = folder.file("currdat.lst");
+    }
+
+    void addSource(qint32 id, qint16 type, const QString& file, qint32 logMultiple)
+    {
+        auto session = DatabaseSession::open(path, DatabaseSession::Access::Write, environment);
+        ASSERT_TRUE(session);
+        auto table = (*session)->table("Sources");
+        ASSERT_TRUE(table);
+        ASSERT_TRUE((*session)->insert(*table, {{"SourceID", id},
+                                                {"SourceName", QString("Station %1").arg(id)},
+                                                {"SourceType", type},
+                                                {"SourceFileName", file},
+                                                {"LogMultiple", logMultiple}}));
+        ASSERT_TRUE((*session)->commit());
+    }
+
+    // Rewritten in place: the ticks run on this thread, so no reader can
+    // meet half a file (and a day of minutes is not slowed by flushes to disk).
+    void writeStation(const QDateTime& time)
+    {
+        folder.write("currdat.lst", StationSimulator::currentDataFile(StationSimulator::weatherAt(time)));
+    }
+
+    void startCycle()
+    {
+        cycle.start(loadSources(path, environment), kStart);
+        now = kStart;
+    }
+
+    // Ticks every five seconds up to and including `end`, with the station
+    // file rewritten as each minute begins when `station` is set.
+    void runUntil(const QDateTime& end, bool station = true)
+    {
+        for (; now <= end; now = now.addSecs(5)) {
+            if (station && now.time().second() == 0)
+                writeStation(now);
+            clock.set(now);
+            cycle.tick(now);
+        }
+    }
+
+    // The DateRead values of History, as mdbtools reads them.
+    std::vector<std::string> loggedTimes()
+    {
+        const MdbTools::Export history = exported("History");
+        EXPECT_TRUE(history.ok) << history.error;
+        std::vector<std::string> times;
+        for (std::size_t row = 0; row < history.rows.size(); ++row)
+            times.push_back(cell(history, row, "DateRead").substr(11, 5));
+        std::sort(times.begin(), times.end());
+        return times;
+    }
+
+    SettingsModel settings;
+    RecordingView view;
+    ScriptedGraph graph;
+    RefreshCycle cycle{settings, environment, view, graph};
+    QString stationFile;
+    QDateTime now;
+};
+
+TEST(RefreshCycleDue, NextDueIsCutToItsTenMinuteMark)
+{
+    const QDate day(2026, 3, 10);
+    const auto due = [&day](QTime time, int minutes) {
+        return RefreshCycle::nextDueAfter(QDateTime(day, time), minutes);
+    };
+    EXPECT_EQ(due(QTime(10, 27), 10), QDateTime(day, QTime(10, 30)));
+    EXPECT_EQ(due(QTime(10, 31), 10), QDateTime(day, QTime(10, 40)));
+    EXPECT_EQ(due(QTime(10, 39, 59), 10), QDateTime(day, QTime(10, 40))) << "seconds are dropped";
+    EXPECT_EQ(due(QTime(10, 27), 60), QDateTime(day, QTime(11, 20)));
+    EXPECT_EQ(due(QTime(23, 55), 10), QDateTime(day.addDays(1), QTime(0, 0)));
+}
+
+TEST_F(RefreshCycleTest, WithEveryFlagOffTicksOnlyCount)
+{
+    addSource(0, 0, stationFile, 1);
+    startCycle();
+    cycle.setPanelSource(0);
+    runUntil(kStart.addSecs(3600), false);
+    EXPECT_TRUE(view.states.empty());
+    EXPECT_TRUE(view.shown.empty());
+    EXPECT_TRUE(errors.empty()) << "the missing station file was never read";
+    EXPECT_EQ(MdbTools::count(path.toStdString(), "History"), 0);
+    EXPECT_EQ(cycle.nextDue(), QDateTime(kStart.date(), QTime(11, 10))) << "the due time moves on every cycle";
+}
+
+TEST_F(RefreshCycleTest, EveryThirdCycleWithARetryAfterAFailedRead)
+{
+    settings.setAutoDataBase(1);
+    addSource(0, 0, stationFile, 3);
+    startCycle();
+    runUntil(QDateTime(kStart.date(), QTime(11, 30)));
+    EXPECT_EQ(loggedTimes(), (std::vector<std::string>{"10:10", "10:40", "11:10"}));
+
+    // The station program has the file away at 11:40: tried again at 11:50.
+    runUntil(QDateTime(kStart.date(), QTime(11, 39, 55)));
+    QFile::remove(stationFile);
+    runUntil(QDateTime(kStart.date(), QTime(11, 40)), false);
+    runUntil(QDateTime(kStart.date(), QTime(12, 30)));
+    EXPECT_EQ(loggedTimes(), (std::vector<std::string>{"10:10", "10:40", "11:10", "11:50", "12:20"}));
+    ASSERT_EQ(errors.messages().size(), 1);
+    EXPECT_TRUE(errors.messages()[0].contains("Current Data Read Error: "));
+}
+
+TEST_F(RefreshCycleTest, ACycleRepeatedInItsSlotLogsOnce)
+{
+    settings.setAutoDataBase(1);
+    settings.setAutoGraph(1);
+    graph.failingRedraws = 1;
+    addSource(0, 0, stationFile, 1);
+    startCycle();
+    runUntil(QDateTime(kStart.date(), QTime(10, 10, 5)));
+    // The failed redraw ended the tick early: five seconds later the whole
+    // cycle ran again, with the same slot.
+    EXPECT_EQ(graph.calls, QStringList({"today 2026-03-10", "redraw", "today 2026-03-10", "redraw"}));
+    EXPECT_EQ(loggedTimes(), std::vector<std::string>{"10:10"});
+    EXPECT_EQ(cycle.nextDue(), QDateTime(kStart.date(), QTime(10, 20)));
+}
+
+TEST_F(RefreshCycleTest, GraphAloneRedrawsOneMinuteAfterItsDueTime)
+{
+    settings.setAutoGraph(1);
+    startCycle();
+    runUntil(QDateTime(kStart.date(), QTime(10, 10)), false);
+    EXPECT_EQ(graph.calls, QStringList({"today 2026-03-10"})) << "first the redraw is put off";
+    EXPECT_EQ(cycle.nextDue(), QDateTime(kStart.date(), QTime(10, 10)));
+    runUntil(QDateTime(kStart.date(), QTime(10, 11)), false);
+    EXPECT_EQ(graph.calls, QStringList({"today 2026-03-10", "today 2026-03-10", "redraw"}));
+    EXPECT_EQ(cycle.nextDue(), QDateTime(kStart.date(), QTime(10, 20)));
+}
+
+TEST_F(RefreshCycleTest, PicturesOfTheExportedFavouritesInListOrder)
+{
+    settings.setAutoGraph(1);
+    settings.setAutoPicture(1);
+    graph.favourites = {4, 2};
+    startCycle();
+    runUntil(QDateTime(kStart.date(), QTime(10, 10)), false);
+    EXPECT_EQ(graph.calls, QStringList({"today 2026-03-10", "load 4", "redraw", "picture 0", "load 2", "redraw",
+                                        "picture 1"}));
+}
+
+TEST_F(RefreshCycleTest, TrayShowsReadingAndCycle)
+{
+    settings.setAutoRefresh(1);
+    settings.setAutoDataBase(1);
+    addSource(0, 0, stationFile, 1);
+    startCycle();
+    cycle.setPanelSource(0);
+    runUntil(kStart.addSecs(5));
+    EXPECT_EQ(view.states, (std::vector<int>{1, 0})) << "the minute's pass, then idle";
+    ASSERT_EQ(view.shown.size(), 1u);
+    EXPECT_EQ(view.shown[0], StationSimulator::weatherAt(kStart));
+
+    view.states.clear();
+    runUntil(QDateTime(kStart.date(), QTime(10, 10, 5)));
+    const std::vector<int> lastMinute(view.states.end() - 3, view.states.end());
+    EXPECT_EQ(lastMinute, (std::vector<int>{1, 2, 0}));
+}
+
+TEST_F(RefreshCycleTest, FeedReadingsKeepTheirOwnTime)
+{
+    settings.setAutoDataBase(1);
+    const QString feed = folder.write("feed.xml",
+                                      "<pubDate>Tue, 10 Mar 2026 09:55:00 GMT</pubDate>\n"
+                                      "<title>Current weather for Perth at 9:55 am WST</title>\n"
+                                      "<b>Temperature:</b> 23.4&deg;C\n");
+    addSource(1, 1, feed, 1);
+    startCycle();
+    runUntil(QDateTime(kStart.date(), QTime(10, 10)), false);
+    EXPECT_EQ(loggedTimes(), std::vector<std::string>{"09:55"});
+}
+
+// A station rewriting its file every minute for a whole day, read on a
+// ten-minute cycle: one row per slot, each holding that minute's weather.
+TEST_F(RefreshCycleTest, ADayOfReadingsGivesOneRowPerSlot)
+{
+    settings.setAutoRefresh(1);
+    settings.setAutoDataBase(1);
+    addSource(0, 0, stationFile, 1);
+    const QDateTime midnight(QDate(2026, 3, 11), QTime(0, 0));
+    cycle.start(loadSources(path, environment), midnight);
+    cycle.setPanelSource(0);
+    now = midnight;
+    runUntil(midnight.addDays(1));
+    EXPECT_TRUE(errors.empty()) << errors.messages().join("|").toStdString();
+
+    const MdbTools::Export history = exported("History");
+    ASSERT_TRUE(history.ok) << history.error;
+    ASSERT_EQ(history.rows.size(), 144u);
+    std::map<std::string, std::size_t> rowAt;
+    for (std::size_t row = 0; row < history.rows.size(); ++row)
+        rowAt[cell(history, row, "DateRead")] = row;
+    ASSERT_EQ(rowAt.size(), 144u);
+    for (int slot = 1; slot <= 144; ++slot) {
+        const QDateTime time = midnight.addSecs(600LL * slot);
+        const std::string stamp = time.toString("yyyy-MM-dd HH:mm:ss").toStdString();
+        ASSERT_TRUE(rowAt.count(stamp)) << stamp;
+        const std::size_t row = rowAt[stamp];
+        const clsWeather expected = StationSimulator::weatherAt(time);
+        // mdbtools prints 16 significant digits: 8.2 comes out as 8.199999999999999.
+        const auto number = [&](const char* column) { return std::stod(cell(history, row, column)); };
+        EXPECT_NEAR(number("OutTemperature"), expected.TemperatureOut(), 1e-9) << stamp;
+        EXPECT_NEAR(number("Pressure"), expected.Barometer(), 1e-9) << stamp;
+        EXPECT_NEAR(number("WindSpeed"), expected.WindSpeed(), 1e-9) << stamp;
+        EXPECT_NEAR(number("RainTotal"), expected.RainTotal(), 1e-9) << stamp;
+        EXPECT_EQ(cell(history, row, "WindDir"), expected.WindDirection().toStdString()) << stamp;
+        EXPECT_EQ(cell(history, row, "BarTrend"), std::to_string(expected.TrendData())) << stamp;
+        EXPECT_EQ(cell(history, row, "TimeText"), time.toString("HH:mm").toStdString()) << stamp;
+    }
+}
+
+}  // namespace
