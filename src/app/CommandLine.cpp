@@ -7,10 +7,14 @@
 #include "db/mdb/Verifier.h"
 #include "errors/ErrorLogFile.h"
 #include "errors/ErrorReporter.h"
+#include "readings/StationSimulator.h"
 #include "readings/clsWeather.h"
 #include "shared/NumberText.h"
 
+#include <QCoreApplication>
 #include <QDateTime>
+#include <QRegularExpression>
+#include <QTimer>
 #include <QTextStream>
 #include <cstdio>
 
@@ -33,6 +37,10 @@ const char* const kUsage =
     "                       (History, Sources, Favorites, Traces, DayDiary); never\n"
     "                       writes over an existing file.\n"
     "  verify-db FILE       check an Access database's rows, indexes and page maps.\n"
+    "  simulate FILE [--once] be a weather station: write a current-data file to FILE\n"
+    "                       now and as every minute begins (with --once: now only).\n"
+    "  --demo               start the window on the demo station (its own database,\n"
+    "                       settings and simulated station file in the user's data folder).\n"
     "  bench db [FOLDER]    build a ten-year database (in FOLDER, kept, or in a\n"
     "                       temporary folder) and time logging a reading and\n"
     "                       reading a day, a month and a year of one quantity.\n"
@@ -210,6 +218,42 @@ int runVerifyDb(const QStringList& arguments)
     return problems.empty() ? 0 : 1;
 }
 
+int runSimulate(const QStringList& arguments)
+{
+    QTextStream errors(stderr);
+    const bool once = arguments.contains("--once");
+    const QStringList files = QStringList(arguments).filter(QRegularExpression("^(?!--once$)"));
+    if (files.size() != 1) {
+        errors << "nimbrel simulate: give the current-data file to write (nimbrel simulate FILE [--once])\n";
+        return 2;
+    }
+    const QString path = files.first();
+    QString error;
+    if (!StationSimulator::writeCurrentDataFile(path, QDateTime::currentDateTime(), error)) {
+        errors << "nimbrel simulate: " << error << '\n';
+        return 1;
+    }
+    QTextStream out(stdout);
+    out << "Wrote " << path << '\n';
+    if (once)
+        return 0;
+    out << "Rewriting it as every minute begins; stop with Ctrl+C.\n";
+    out.flush();
+    QTimer timer;
+    QTime lastWritten = QTime::currentTime();
+    QObject::connect(&timer, &QTimer::timeout, [&] {
+        const QDateTime now = QDateTime::currentDateTime();
+        if (now.time().minute() == lastWritten.minute())
+            return;
+        lastWritten = now.time();
+        QString failure;
+        if (!StationSimulator::writeCurrentDataFile(path, now, failure))
+            QTextStream(stderr) << "nimbrel simulate: " << failure << '\n';
+    });
+    timer.start(1000);
+    return QCoreApplication::exec();
+}
+
 int runBench(const QStringList& arguments)
 {
     QTextStream errors(stderr);
@@ -230,7 +274,7 @@ bool isCommand(const QStringList& arguments)
     if (arguments.size() < 2)
         return false;
     const QString& command = arguments.at(1);
-    static const QStringList commands{"--help", "-h", "read", "mdb-dump", "create-db", "verify-db", "bench"};
+    static const QStringList commands{"--help", "-h", "read", "mdb-dump", "create-db", "verify-db", "bench", "simulate"};
     return commands.contains(command);
 }
 
@@ -247,6 +291,8 @@ int run(const QStringList& arguments)
         return runVerifyDb(arguments.mid(2));
     if (command == u"bench")
         return runBench(arguments.mid(2));
+    if (command == u"simulate")
+        return runSimulate(arguments.mid(2));
     QTextStream(stdout) << kUsage;
     return 0;
 }

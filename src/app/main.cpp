@@ -1,14 +1,21 @@
 #include "app/CommandLine.h"
+#include "app/DemoStation.h"
+#include "app/ui/GuiBusyCursor.h"
 #include "app/ui/GuiMessageBoxes.h"
 #include "app/ui/MainWindow.h"
 #include "db/mdb/DatabaseWriter.h"
 #include "errors/ErrorRoutine.h"
 #include "errors/SmtpMailer.h"
+#include "readings/StationSimulator.h"
 #include "settings/SettingsModel.h"
 #include "shared/Clock.h"
 
 #include <QApplication>
+#include <QMessageBox>
 #include <QSettings>
+#include <QTimer>
+
+#include <memory>
 
 namespace {
 
@@ -20,23 +27,60 @@ QStringList argumentList(int argc, char** argv)
     return arguments;
 }
 
-int runWindow(int argc, char** argv)
+// Keeps the demo's station file fresh: rewritten as each minute begins.
+void simulateStation(const DemoStation& demo, const Clock& clock, ErrorReporter& errors, QObject* owner)
+{
+    auto* timer = new QTimer(owner);
+    auto lastMinute = std::make_shared<QDateTime>(clock.now());
+    QObject::connect(timer, &QTimer::timeout, owner, [&demo, &clock, &errors, lastMinute] {
+        const QDateTime now = clock.now();
+        if (now.time().minute() == lastMinute->time().minute() && now.date() == lastMinute->date())
+            return;
+        *lastMinute = now;
+        QString error;
+        if (!StationSimulator::writeCurrentDataFile(demo.stationFile(), now, error))
+            errors.ReportError("\r\nDemo Station Error: " + error);
+    });
+    timer->start(1000);
+}
+
+int runWindow(int argc, char** argv, bool demoMode)
 {
     QApplication app(argc, argv);
     QCoreApplication::setOrganizationName(QStringLiteral("Nimbrel"));
     QCoreApplication::setApplicationName(QStringLiteral("Nimbrel"));
+    QCoreApplication::setApplicationVersion(QStringLiteral(NIMBREL_VERSION));
+    QGuiApplication::setApplicationDisplayName(demoMode ? QStringLiteral("Nimbrel Demo") : QStringLiteral("Nimbrel"));
 
     SystemClock clock;
     GuiMessageBoxes boxes;
     SmtpMailer mailer;
     SettingsModel settings;
     ErrorRoutine errors(settings, boxes, mailer, clock);
-    QSettings store;
-    settings.LoadSettings(store, QCoreApplication::applicationDirPath(), errors);
+    GuiBusyCursor busy;
+    const Environment environment{errors, boxes, clock, busy};
 
-    MainWindow window;
+    const DemoStation demo(DemoStation::defaultFolder());
+    std::unique_ptr<QSettings> store;
+    if (demoMode) {
+        QString error;
+        if (!demo.prepare(clock.now(), environment, error)) {
+            QMessageBox::critical(nullptr, QStringLiteral("Nimbrel Demo"),
+                                  QStringLiteral("The demo station could not be set up in %1:\n%2")
+                                      .arg(demo.folder(), error));
+            return 1;
+        }
+        store = std::make_unique<QSettings>(demo.settingsPath(), QSettings::IniFormat);
+        simulateStation(demo, clock, errors, &app);
+    } else {
+        store = std::make_unique<QSettings>();
+    }
+    settings.LoadSettings(*store, QCoreApplication::applicationDirPath(), errors);
+
+    MainWindow window(settings, environment, *store);
     boxes.setParentWindow(&window);
     window.show();
+    window.Form_Load();
     return app.exec();
 }
 
@@ -47,9 +91,10 @@ int main(int argc, char** argv)
     QStringList arguments = argumentList(argc, argv);
     if (arguments.removeAll(QStringLiteral("--verify")) > 0)
         mdb::DatabaseWriter::verifyEveryCommit(true);
-    if (CommandLine::isCommand(arguments)) {
+    const bool demoMode = arguments.removeAll(QStringLiteral("--demo")) > 0;
+    if (!demoMode && CommandLine::isCommand(arguments)) {
         QCoreApplication app(argc, argv);
         return CommandLine::run(arguments);
     }
-    return runWindow(argc, argv);
+    return runWindow(argc, argv, demoMode);
 }

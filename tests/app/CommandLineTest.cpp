@@ -123,3 +123,17 @@ TEST(CommandLine, CreateDbMakesTheFiveTablesAndNeverOverwrites)
     EXPECT_TRUE(again.err.contains("already exists"));
     EXPECT_EQ(readAll(path), before);
 }
+
+TEST(CommandLine, SimulateOnceWritesAFileTheReaderAccepts)
+{
+    TempFolder folder;
+    const QString file = folder.file("currdat.lst");
+    const ProgramRun simulated = nimbrel({"simulate", file, "--once"});
+    EXPECT_EQ(simulated.exitCode, 0) << simulated.err.toStdString();
+    const ProgramRun read = nimbrel({"read", file});
+    EXPECT_EQ(read.exitCode, 0);
+    EXPECT_TRUE(read.out.startsWith("Result: true\n")) << read.out.toStdString();
+    EXPECT_TRUE(read.err.isEmpty()) << read.err.toStdString();
+
+    EXPECT_EQ(nimbrel({"simulate"}).exitCode, 2);
+}

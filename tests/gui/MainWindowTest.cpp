@@ -1,0 +1,225 @@
+#include "app/DemoStation.h"
+#include "app/ui/ConditionsPanel.h"
+#include "app/ui/MainWindow.h"
+#include "app/ui/StatusPanels.h"
+#include "app/ui/TrayIcon.h"
+#include "app/ui/WeatherIcons.h"
+#include "readings/StationSimulator.h"
+#include "settings/SettingsModel.h"
+#include "shared/Clock.h"
+#include "shared/NumberText.h"
+#include "support/TestSupport.h"
+
+#include <QAction>
+#include <QComboBox>
+#include <QDir>
+#include <QFile>
+#include <QLabel>
+#include <QMenu>
+#include <QPainter>
+#include <QPushButton>
+#include <QSettings>
+#include <QStatusBar>
+#include <QTimer>
+#include <QtTest>
+
+// The main window on the demo station, offscreen: what it loads at start,
+// what it shows, and what its menus and buttons do.
+class MainWindowTest : public QObject {
+    Q_OBJECT
+
+    const QDateTime kNow{QDate(2026, 3, 10), QTime(14, 23, 0)};
+
+    struct Running {
+        TempFolder folder;
+        RecordingErrors errors;
+        RecordingMessageBoxes boxes;
+        FixedClock clock;
+        Environment environment{errors, boxes, clock};
+        DemoStation demo{folder.file("Demo")};
+        std::unique_ptr<QSettings> store;
+        SettingsModel settings;
+        std::unique_ptr<MainWindow> window;
+
+        explicit Running(const QDateTime& now) : clock(now) {}
+    };
+
+    std::unique_ptr<Running> start(bool firstRun = false)
+    {
+        auto run = std::make_unique<Running>(kNow);
+        QString error;
+        if (!run->demo.prepare(kNow, run->environment, error))
+            qFatal("demo: %s", qPrintable(error));
+        const QString settingsPath = firstRun ? run->folder.file("fresh.ini") : run->demo.settingsPath();
+        run->store = std::make_unique<QSettings>(settingsPath, QSettings::IniFormat);
+        run->settings.LoadSettings(*run->store, run->folder.path(), run->errors);
+        run->window = std::make_unique<MainWindow>(run->settings, run->environment, *run->store);
+        run->window->resize(1040, 680);
+        run->window->show();
+        run->window->Form_Load();
+        return run;
+    }
+
+    template <typename T>
+    static T* find(QObject* window, const QString& name)
+    {
+        T* found = window->findChild<T*>(name);
+        if (!found)
+            qFatal("no %s", qPrintable(name));
+        return found;
+    }
+
+    static void saveGrab(QWidget* widget, const QString& name)
+    {
+        QDir().mkpath("screens");
+        QTest::qWait(100);  // let the layouts follow the new texts first
+        widget->grab().save("screens/" + name);
+    }
+
+private slots:
+    void startShowsTheFirstSourceAtOnce()
+    {
+        auto run = start();
+        auto* sources = find<QComboBox>(run->window.get(), "cboCurrSource");
+        QCOMPARE(sources->count(), 1);
+        QCOMPARE(sources->currentText(), QString("Demo Station"));
+        QCOMPARE(find<QComboBox>(run->window.get(), "cboTestSource")->currentText(), QString("Demo Station"));
+
+        const clsWeather expected = StationSimulator::weatherAt(kNow);
+        auto* temperature = find<QLabel>(run->window.get(), "lblCur(1)");
+        QTRY_COMPARE(temperature->text(), NumberText::GeneralNumber(expected.TemperatureOut()));
+        QCOMPARE(find<QLabel>(run->window.get(), "lblCur(7)")->text(), QString("14:23 10-Mar-2026"));
+        QCOMPARE(find<QLabel>(run->window.get(), "windText")->text(),
+                 "Wind: " + expected.WindDirection() + " @ " + NumberText::GeneralNumber(expected.WindSpeed()) +
+                     "knots ");
+        QVERIFY(run->window->timer()->isActive());
+        QCOMPARE(run->window->timer()->interval(), 5000);
+        QVERIFY(run->errors.empty());
+        QVERIFY(run->boxes.boxes().empty());
+        run->window->statusBar()->clearMessage();
+        saveGrab(run->window.get(), "main-window.png");
+    }
+
+    // A storm: the weather picture stays, the storm shows in the rain panel;
+    // a rising barometer shows the up arrow in the panel and the status bar.
+    void picturesFollowTheReading()
+    {
+        QMainWindow window;
+        auto* panel = new ConditionsPanel(&window);
+        window.setCentralWidget(panel);
+        StatusPanels status(window.statusBar());
+        window.resize(1040, 560);
+        window.show();
+
+        CurrentConditions conditions;
+        clsWeather w = StationSimulator::weatherAt(kNow);
+        w.setStability("0");
+        w.setTrend("1");
+        conditions.ShowReading(w);
+        w.setStormWarning("1");
+        w.setStability("2");
+        conditions.ShowReading(w);
+        panel->display(conditions);
+        status.display(conditions);
+
+        QCOMPARE(find<QLabel>(&window, "Img(0)")->toolTip(), QString("up"));
+        QCOMPARE(find<QLabel>(&window, "Img(1)")->toolTip(), QString("rain"));
+        QVERIFY(!find<QLabel>(&window, "Img(1)")->pixmap().isNull());
+        auto* rain = find<QWidget>(&window, "rain");
+        auto* rainPicture = rain->findChildren<QLabel*>().front();
+        QCOMPARE(rainPicture->toolTip(), QString("storm"));
+        QVERIFY(rainPicture->isVisible());
+        QCOMPARE(find<QLabel>(&window, "rainText")->text(), conditions.panelText("rain"));
+        saveGrab(&window, "storm-and-rising-pressure.png");
+
+        // Every picture, large and small, for a person to look at.
+        QPixmap sheet(8 * 100, 130);
+        sheet.fill(Qt::white);
+        QPainter painter(&sheet);
+        int x = 0;
+        for (const char* key : {"up", "down", "sun", "cloud", "rain", "storm"}) {
+            QVERIFY(!WeatherIcons::picture(key, 96).isNull());
+            painter.drawPixmap(x, 0, WeatherIcons::picture(key, 96));
+            painter.drawPixmap(x + 40, 104, WeatherIcons::picture(key, 16));
+            x += 100;
+        }
+        for (int state = 0; state < 3; ++state)
+            painter.drawPixmap(600 + state * 64, 20, WeatherIcons::trayIcon(state).pixmap(48));
+        painter.end();
+        QDir().mkpath("screens");
+        sheet.save("screens/pictures.png");
+        QVERIFY(WeatherIcons::picture("", 96).isNull());
+    }
+
+    void firstRunGreetsAndLeavesTheListsEmpty()
+    {
+        auto run = start(true);
+        QCOMPARE(run->boxes.boxes().size(), std::size_t(1));
+        const auto box = run->boxes.boxes().front();
+        QCOMPARE(box.title, QString("New Setup"));
+        QCOMPARE(box.text, "Welcome to " + QGuiApplication::applicationDisplayName() +
+                               "\r\nPlease setup your preferences under the Options Menu");
+        QCOMPARE(box.icon, MessageBoxes::Icon::Information);
+        QCOMPARE(find<QComboBox>(run->window.get(), "cboCurrSource")->count(), 0);
+    }
+
+    void trayMenuPausesAndResumesTheCycle()
+    {
+        auto run = start();
+        TrayIcon* tray = run->window->tray();
+        QVERIFY(tray);
+        QStringList keys;
+        for (QAction* item : tray->menu()->actions())
+            keys << (item->isSeparator() ? "-" : item->data().toString());
+        QCOMPARE(keys, QStringList({"open", "pause", "-", "about", "-", "close"}));
+        QCOMPARE(tray->menu()->defaultAction()->text(), QString("Show Nimbrel"));
+        if (!TrayIcon::available())
+            QVERIFY(run->window->statusBar()->currentMessage().contains("no notification area"));
+
+        emit tray->MenuClick("pause");
+        QVERIFY(tray->getMenuChecked("pause"));
+        QVERIFY(!run->window->timer()->isActive());
+        emit tray->MenuClick("pause");
+        QVERIFY(!tray->getMenuChecked("pause"));
+        QVERIFY(run->window->timer()->isActive());
+
+        emit tray->MenuClick("unknown");
+        QCOMPARE(run->boxes.boxes().back().text, QString("Clicked item with key unknown"));
+    }
+
+    void menusOfLaterWindowsArePresentButDisabled()
+    {
+        auto run = start();
+        for (const char* name : {"mnuOption(4)", "mnuOption(5)", "mnuOption(6)", "mnuFile(0)", "mnuFile(1)"})
+            QVERIFY2(!find<QAction>(run->window.get(), name)->isEnabled(), name);
+        QAction* legend = find<QAction>(run->window.get(), "mnuOption(0)");
+        legend->trigger();
+        QVERIFY(legend->isChecked());
+        find<QAction>(run->window.get(), "mnuHelp(0)")->trigger();
+        QVERIFY(run->boxes.boxes().back().text.contains("https://"));
+    }
+
+    void exportButtonWritesTheChosenSourcesFeed()
+    {
+        auto run = start();
+        QVERIFY(!QFile::exists(run->demo.feedFile()));
+        find<QPushButton>(run->window.get(), "cmdTest(1)")->click();
+        QTRY_VERIFY(QFile::exists(run->demo.feedFile()));
+        QTRY_VERIFY(readAll(run->demo.feedFile()).contains("<title>Demo Station weather</title>"));
+        QVERIFY(run->errors.empty());
+    }
+
+    void closingStopsTheCycleAndRemembersTheWindow()
+    {
+        auto run = start();
+        run->window->resize(820, 590);
+        QVERIFY(run->window->close());
+        QVERIFY(!run->window->timer()->isActive());
+        QVERIFY(!run->store->value("Window/Geometry").toByteArray().isEmpty());
+        MainWindow again(run->settings, run->environment, *run->store);
+        QCOMPARE(again.size(), QSize(820, 590));
+    }
+};
+
+QTEST_MAIN(MainWindowTest)
+#include "MainWindowTest.moc"
