@@ -20,6 +20,7 @@
 #include <QPushButton>
 #include <QSettings>
 #include <QStatusBar>
+#include <QTabWidget>
 #include <QTimer>
 #include <QtTest>
 
@@ -207,6 +208,8 @@ private slots:
         QTRY_VERIFY(QFile::exists(run->demo.feedFile()));
         QTRY_VERIFY(readAll(run->demo.feedFile()).contains("<title>Demo Station weather</title>"));
         QVERIFY(run->errors.empty());
+        find<QTabWidget>(run->window.get(), "tabMain")->setCurrentIndex(1);
+        saveGrab(run->window.get(), "exports-tab.png");
     }
 
     void closingStopsTheCycleAndRemembersTheWindow()

@@ -37,6 +37,14 @@ QAction* addItem(QMenu* menu, const QString& caption, const QString& name, bool 
     return item;
 }
 
+QLabel* hint(const QString& text, QWidget* parent)
+{
+    auto* label = new QLabel(text, parent);
+    label->setWordWrap(true);
+    label->setForegroundRole(QPalette::PlaceholderText);
+    return label;
+}
+
 QAction* addToggle(QMenu* menu, const QString& caption, const QString& name)
 {
     QAction* item = addItem(menu, caption, name);
@@ -113,19 +121,27 @@ QWidget* MainWindow::buildExportsTab()
     exportRss->setObjectName("cmdTest(1)");
     exportRss->setToolTip(tr("Saves to export folder as set in prefs."));
     connect(exportRss, &QPushButton::clicked, this, &MainWindow::exportTestSource);
-    auto* rssLayout = new QHBoxLayout(rss);
-    rssLayout->addWidget(new QLabel(tr("Source"), rss));
-    rssLayout->addWidget(testSources_);
-    rssLayout->addWidget(exportRss);
-    rssLayout->addStretch();
+    auto* rssRow = new QHBoxLayout;
+    rssRow->addWidget(new QLabel(tr("Source"), rss));
+    rssRow->addWidget(testSources_);
+    rssRow->addWidget(exportRss);
+    rssRow->addStretch();
+    auto* rssLayout = new QVBoxLayout(rss);
+    rssLayout->addWidget(hint(tr("Fills the feed template of the preferences with the source's latest reading "
+                                 "and writes the source's export file, as every cycle does."),
+                              rss));
+    rssLayout->addLayout(rssRow);
 
     auto* picture = new QGroupBox(tr("Test Picture Export"), page);
     auto* exportPicture = new QPushButton(tr("Export Picture"), picture);
     exportPicture->setObjectName("cmdTest(0)");
     exportPicture->setEnabled(false);  // pictures come with the history graph
-    auto* pictureLayout = new QHBoxLayout(picture);
-    pictureLayout->addWidget(exportPicture);
-    pictureLayout->addStretch();
+    auto* pictureRow = new QHBoxLayout;
+    pictureRow->addWidget(exportPicture);
+    pictureRow->addStretch();
+    auto* pictureLayout = new QVBoxLayout(picture);
+    pictureLayout->addWidget(hint(tr("Saves the history graph as a picture for a web site."), picture));
+    pictureLayout->addLayout(pictureRow);
 
     auto* layout = new QVBoxLayout(page);
     layout->addWidget(rss);
