@@ -32,27 +32,6 @@ std::optional<double> asNumber(const QVariant& value)
     }
 }
 
-std::optional<double> storedNumber(const mdb::Value& value)
-{
-    return std::visit(
-        [](const auto& held) -> std::optional<double> {
-            using T = std::decay_t<decltype(held)>;
-            if constexpr (std::is_same_v<T, bool>)
-                return held ? -1.0 : 0.0;
-            else if constexpr (std::is_same_v<T, uint8_t> || std::is_same_v<T, int16_t> ||
-                               std::is_same_v<T, int32_t> || std::is_same_v<T, float> ||
-                               std::is_same_v<T, double>)
-                return double(held);
-            else if constexpr (std::is_same_v<T, mdb::Currency>)
-                return double(held.tenThousandths) / 10000.0;
-            else if constexpr (std::is_same_v<T, mdb::DateTime>)
-                return held.days;
-            else
-                return std::nullopt;
-        },
-        value);
-}
-
 Error mismatch(const mdb::Column& column)
 {
     return Error{"type mismatch: column " + column.name + " takes " + mdb::typeName(column.type) + " values"};
@@ -111,7 +90,23 @@ mdb::Result<mdb::Value> numeric(const mdb::Column& column, double number)
 
 std::optional<double> asNumber(const mdb::Value& value)
 {
-    return storedNumber(value);
+    return std::visit(
+        [](const auto& held) -> std::optional<double> {
+            using T = std::decay_t<decltype(held)>;
+            if constexpr (std::is_same_v<T, bool>)
+                return held ? -1.0 : 0.0;
+            else if constexpr (std::is_same_v<T, uint8_t> || std::is_same_v<T, int16_t> ||
+                               std::is_same_v<T, int32_t> || std::is_same_v<T, float> ||
+                               std::is_same_v<T, double>)
+                return double(held);
+            else if constexpr (std::is_same_v<T, mdb::Currency>)
+                return double(held.tenThousandths) / 10000.0;
+            else if constexpr (std::is_same_v<T, mdb::DateTime>)
+                return held.days;
+            else
+                return std::nullopt;
+        },
+        value);
 }
 
 mdb::DateTime toDateTime(const QDateTime& local)
@@ -183,8 +178,8 @@ bool equal(const mdb::Value& a, const mdb::Value& b)
 {
     if (mdb::isNull(a) || mdb::isNull(b))
         return false;
-    const std::optional<double> left = storedNumber(a);
-    const std::optional<double> right = storedNumber(b);
+    const std::optional<double> left = asNumber(a);
+    const std::optional<double> right = asNumber(b);
     if (left && right)
         return *left == *right;
     if (std::holds_alternative<std::string>(a) && std::holds_alternative<std::string>(b))
@@ -197,8 +192,8 @@ int compare(const mdb::Value& a, const mdb::Value& b)
 {
     if (mdb::isNull(a) || mdb::isNull(b))
         return int(!mdb::isNull(a)) - int(!mdb::isNull(b));
-    const std::optional<double> left = storedNumber(a);
-    const std::optional<double> right = storedNumber(b);
+    const std::optional<double> left = asNumber(a);
+    const std::optional<double> right = asNumber(b);
     if (left && right)
         return (*left > *right) - (*left < *right);
     if (std::holds_alternative<std::string>(a) && std::holds_alternative<std::string>(b))

@@ -51,6 +51,16 @@ std::optional<IndexChoice> indexOver(const mdb::TableDefinition& table, const st
     return best;
 }
 
+// Whether the row's columns at `positions` equal `wanted`, as "=" compares.
+bool matchesAll(const mdb::Row& row, const std::vector<int>& positions, const std::vector<mdb::Value>& wanted)
+{
+    for (std::size_t i = 0; i < positions.size(); ++i) {
+        if (!ColumnValues::equal(row.values[std::size_t(positions[i])], wanted[i]))
+            return false;
+    }
+    return true;
+}
+
 }  // namespace
 
 int SessionTable::position(const QString& column) const
@@ -151,11 +161,8 @@ mdb::Result<std::vector<mdb::Row>> DatabaseSession::rowsWhere(const SessionTable
 
     std::vector<mdb::Row> rows;
     mdb::Status scanned = database_->scan(table.definition(), [&](const mdb::Row& row) {
-        for (std::size_t i = 0; i < positions.size(); ++i) {
-            if (!ColumnValues::equal(row.values[std::size_t(positions[i])], (*wanted)[i]))
-                return true;
-        }
-        rows.push_back(row);
+        if (matchesAll(row, positions, *wanted))
+            rows.push_back(row);
         return true;
     });
     if (!scanned)
@@ -195,12 +202,9 @@ mdb::Status DatabaseSession::rowsBetween(const SessionTable& table, const std::v
     const std::size_t rangeAt = std::size_t(rangePosition[0]);
     std::vector<mdb::Row> rows;
     mdb::Status scanned = database_->scan(table.definition(), [&](const mdb::Row& row) {
-        for (std::size_t i = 0; i < positions.size(); ++i) {
-            if (!ColumnValues::equal(row.values[std::size_t(positions[i])], (*wanted)[i]))
-                return true;
-        }
         const mdb::Value& value = row.values[rangeAt];
-        if (ColumnValues::compare(value, (*bounds)[0]) >= 0 && ColumnValues::compare(value, (*bounds)[1]) <= 0)
+        if (matchesAll(row, positions, *wanted) && ColumnValues::compare(value, (*bounds)[0]) >= 0 &&
+            ColumnValues::compare(value, (*bounds)[1]) <= 0)
             rows.push_back(row);
         return true;
     }, decoded);
