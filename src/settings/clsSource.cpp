@@ -39,6 +39,29 @@ mdb::Result<Whole> wholeOf(const QVariant& value, const char* column)
     return Whole(number);
 }
 
+// The Sources table of a database opened for one operation.
+struct OpenSources {
+    std::unique_ptr<DatabaseSession> session;
+    SessionTable table;
+};
+
+mdb::Result<OpenSources> openSources(const QString& path, DatabaseSession::Access access,
+                                     const Environment& environment)
+{
+    auto session = DatabaseSession::open(path, access, environment);
+    if (!session)
+        return session.error();
+    auto table = (*session)->table("Sources", kColumns);
+    if (!table)
+        return table.error();
+    return OpenSources{std::move(*session), std::move(*table)};
+}
+
+void report(const Environment& environment, const char* prefix, const mdb::Error& error)
+{
+    environment.errors.ReportError("\r\n" + QString(prefix) + QString::fromStdString(error.message));
+}
+
 }  // namespace
 
 clsSource::clsSource(const Environment& environment) : environment_(environment) {}
@@ -63,25 +86,23 @@ bool clsSource::getSource(const QString& databasePath, qint32 id)
         return false;
     BusyScope busy(environment_.busy);
     auto fail = [this](const mdb::Error& error) {
-        environment_.errors.ReportError("\r\nDatabase Read Error: " + QString::fromStdString(error.message));
+        report(environment_, "Database Read Error: ", error);
         return false;
     };
-    auto session = DatabaseSession::open(databasePath, DatabaseSession::Access::Read, environment_);
-    if (!session)
-        return fail(session.error());
-    auto table = (*session)->table("Sources", kColumns);
-    if (!table)
-        return fail(table.error());
-    auto rows = (*session)->rowsWhere(*table, {{"SourceID", id}});
+    auto sources = openSources(databasePath, DatabaseSession::Access::Read, environment_);
+    if (!sources)
+        return fail(sources.error());
+    const SessionTable& table = sources->table;
+    auto rows = sources->session->rowsWhere(table, {{"SourceID", id}});
     if (!rows)
         return fail(rows.error());
     if (rows->empty())
         return false;
 
     const mdb::Row& row = rows->front();
-    auto type = wholeOf<qint16>(table->value(row, "SourceType"), "SourceType");
-    auto dataID = wholeOf<qint32>(table->value(row, "DataID"), "DataID");
-    auto logMultiple = wholeOf<qint32>(table->value(row, "LogMultiple"), "LogMultiple");
+    auto type = wholeOf<qint16>(table.value(row, "SourceType"), "SourceType");
+    auto dataID = wholeOf<qint32>(table.value(row, "DataID"), "DataID");
+    auto logMultiple = wholeOf<qint32>(table.value(row, "LogMultiple"), "LogMultiple");
     if (!type)
         return fail(type.error());
     if (!dataID)
@@ -89,15 +110,15 @@ bool clsSource::getSource(const QString& databasePath, qint32 id)
     if (!logMultiple)
         return fail(logMultiple.error());
     sourceID_ = id;
-    sourceName_ = textOf(table->value(row, "SourceName"));
+    sourceName_ = textOf(table.value(row, "SourceName"));
     sourceType_ = *type;
-    sourceFileName_ = textOf(table->value(row, "SourceFileName"));
-    sourceDatabase_ = textOf(table->value(row, "SourceDatabase"));
+    sourceFileName_ = textOf(table.value(row, "SourceFileName"));
+    sourceDatabase_ = textOf(table.value(row, "SourceDatabase"));
     dataID_ = *dataID;
-    importFileName_ = textOf(table->value(row, "ImportFilename"));
-    exportFileName_ = textOf(table->value(row, "ExportFilename"));
+    importFileName_ = textOf(table.value(row, "ImportFilename"));
+    exportFileName_ = textOf(table.value(row, "ExportFilename"));
     logMultiple_ = *logMultiple;
-    enabled_ = table->value(row, "Enabled").toBool();
+    enabled_ = table.value(row, "Enabled").toBool();
     return true;
 }
 
@@ -113,25 +134,37 @@ bool clsSource::saveSource(const QString& databasePath, qint32& id)
         return false;
     BusyScope busy(environment_.busy);
     auto fail = [this](const mdb::Error& error) {
-        environment_.errors.ReportError("\r\nDatabase Write Error: " + QString::fromStdString(error.message));
+        report(environment_, "Database Write Error: ", error);
         return false;
     };
-    auto session = DatabaseSession::open(databasePath, DatabaseSession::Access::Write, environment_);
-    if (!session)
-        return fail(session.error());
-    auto table = (*session)->table("Sources", kColumns);
-    if (!table)
-        return fail(table.error());
-    auto rows = (*session)->rowsWhere(*table, {{"SourceID", id}});
+    auto sources = openSources(databasePath, DatabaseSession::Access::Write, environment_);
+    if (!sources)
+        return fail(sources.error());
+    DatabaseSession& session = *sources->session;
+    auto rows = session.rowsWhere(sources->table, {{"SourceID", id}});
     if (!rows)
         return fail(rows.error());
     if (rows->empty()) {
-        session->reset();  // addNew opens the file for itself
+        sources->session.reset();  // addNew opens the file for itself
         id = addNew(databasePath);
         return id >= 0;
     }
 
-    const std::vector<ColumnValue> values = {
+    const std::vector<ColumnValue> values = storedProperties();
+    for (const mdb::Row& row : *rows) {
+        if (mdb::Status updated = session.update(sources->table, row.location, values); !updated)
+            return fail(updated.error());
+    }
+    if (mdb::Status committed = session.commit(); !committed)
+        return fail(committed.error());
+    return true;
+}
+
+// The columns both a change and a new row store, texts as a statement
+// writes them (empty text as NULL). Enabled is not among them.
+std::vector<ColumnValue> clsSource::storedProperties() const
+{
+    return {
         {"SourceName", storedText(sourceName_)},
         {"SourceType", sourceType_},
         {"SourceFileName", storedText(sourceFileName_)},
@@ -141,13 +174,6 @@ bool clsSource::saveSource(const QString& databasePath, qint32& id)
         {"ExportFilename", storedText(exportFileName_)},
         {"LogMultiple", logMultiple_},
     };
-    for (const mdb::Row& row : *rows) {
-        if (mdb::Status updated = (*session)->update(*table, row.location, values); !updated)
-            return fail(updated.error());
-    }
-    if (mdb::Status committed = (*session)->commit(); !committed)
-        return fail(committed.error());
-    return true;
 }
 
 // SELECT SourceID FROM Sources ORDER BY SourceID DESC   (the first row's key plus one; 0 when empty)
@@ -159,20 +185,18 @@ qint32 clsSource::addNew(const QString& databasePath)
         return 0;
     BusyScope busy(environment_.busy);
     auto fail = [this](const mdb::Error& error) {
-        environment_.errors.ReportError("\r\nDatabase write Error: " + QString::fromStdString(error.message));
+        report(environment_, "Database write Error: ", error);
         return 0;
     };
-    auto session = DatabaseSession::open(databasePath, DatabaseSession::Access::Write, environment_);
-    if (!session)
-        return fail(session.error());
-    auto table = (*session)->table("Sources", kColumns);
-    if (!table)
-        return fail(table.error());
+    auto sources = openSources(databasePath, DatabaseSession::Access::Write, environment_);
+    if (!sources)
+        return fail(sources.error());
+    DatabaseSession& session = *sources->session;
 
     // Rows without a key are passed over; they can never be chosen by key.
     std::optional<qint64> highest;
-    mdb::Status scanned = (*session)->scan(*table, [&](const mdb::Row& row) {
-        const QVariant key = table->value(row, "SourceID");
+    mdb::Status scanned = session.scan(sources->table, [&](const mdb::Row& row) {
+        const QVariant key = sources->table.value(row, "SourceID");
         if (!key.isNull())
             highest = std::max(highest.value_or(std::numeric_limits<qint64>::min()), qint64(key.toDouble()));
         return true;
@@ -183,22 +207,13 @@ qint32 clsSource::addNew(const QString& databasePath)
     if (next > std::numeric_limits<qint32>::max())
         return fail(mdb::Error{"overflow: no source key follows " + std::to_string(*highest)});
 
-    const std::vector<ColumnValue> values = {
-        {"SourceID", qint32(next)},
-        {"SourceName", storedText(sourceName_)},
-        {"SourceType", sourceType_},
-        {"SourceFileName", storedText(sourceFileName_)},
-        {"SourceDatabase", storedText(sourceDatabase_)},
-        {"DataID", dataID_},
-        {"ImportFilename", storedText(importFileName_)},
-        {"ExportFilename", storedText(exportFileName_)},
-        {"LogMultiple", logMultiple_},
-    };
-    if (auto inserted = (*session)->insert(*table, values); !inserted)
+    std::vector<ColumnValue> values = storedProperties();
+    values.insert(values.begin(), {"SourceID", qint32(next)});
+    if (auto inserted = session.insert(sources->table, values); !inserted)
         return fail(inserted.error());
-    if (mdb::Status committed = (*session)->commit(); !committed)
+    if (mdb::Status committed = session.commit(); !committed)
         return fail(committed.error());
-    session->reset();
+    sources->session.reset();
 
     sourceID_ = qint32(next);
     environment_.boxes.show("New Source Added",

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "db/DatabaseSession.h"
 #include "readings/clsWeather.h"
 #include "shared/Environment.h"
 
@@ -66,6 +67,8 @@ public:
     bool Refresh();
 
 private:
+    std::vector<ColumnValue> storedProperties() const;
+
     const Environment& environment_;
     qint32 sourceID_ = 0;
     QString sourceName_;
