@@ -12,6 +12,8 @@ namespace {
 
 using mdb::ColumnType;
 using mdb::Error;
+using mdb::invalidArgument;
+using mdb::notFound;
 
 std::optional<double> asNumber(const QVariant& value)
 {
@@ -34,13 +36,13 @@ std::optional<double> asNumber(const QVariant& value)
 
 Error mismatch(const mdb::Column& column)
 {
-    return Error{"type mismatch: column " + column.name + " takes " + mdb::typeName(column.type) + " values"};
+    return invalidArgument("type mismatch: column " + column.name + " takes " + mdb::typeName(column.type) + " values");
 }
 
 Error overflow(const mdb::Column& column, double number)
 {
-    return Error{"overflow: " + NumberText::GeneralNumber(number).toStdString() + " does not fit column " +
-                 column.name};
+    return invalidArgument("overflow: " + NumberText::GeneralNumber(number).toStdString() + " does not fit column " +
+                 column.name);
 }
 
 template <typename Whole>

@@ -8,6 +8,8 @@
 namespace {
 
 using mdb::Error;
+using mdb::invalidArgument;
+using mdb::notFound;
 
 // An index whose first columns are exactly `columns` (in any order), with
 // the positions of those columns in the index's order.
@@ -106,14 +108,14 @@ mdb::Result<SessionTable> DatabaseSession::table(const QString& name, const QStr
         }
     }
     if (!entry)
-        return Error{"the database has no table " + name.toStdString()};
+        return notFound("the database has no table " + name.toStdString());
     auto definition = database_->definition(entry->name);
     if (!definition)
         return definition.error();
     SessionTable table(std::move(*definition));
     for (const QString& column : columns) {
         if (table.position(column) < 0)
-            return Error{"table " + table.name() + " has no column " + column.toStdString()};
+            return notFound("table " + table.name() + " has no column " + column.toStdString());
     }
     return table;
 }
@@ -126,7 +128,7 @@ mdb::Result<std::vector<mdb::Value>> DatabaseSession::storedValues(const Session
     for (const ColumnValue& value : values) {
         const int at = table.position(value.column);
         if (at < 0)
-            return Error{"table " + table.name() + " has no column " + value.column.toStdString()};
+            return notFound("table " + table.name() + " has no column " + value.column.toStdString());
         auto converted = ColumnValues::toStored(table.definition().columns[std::size_t(at)], value.value);
         if (!converted)
             return mdb::within("table " + table.name(), converted.error());
@@ -154,9 +156,11 @@ mdb::Result<std::vector<mdb::Row>> DatabaseSession::rowsWhere(const SessionTable
             return std::vector<mdb::Row>{};
         auto found = writer_ ? writer_->find(table.name(), index->name, key)
                              : database_->find(table.definition(), index->name, key);
-        if (found)
+        // Only an index whose key form this program does not know (another
+        // text order, a character outside it) is passed by for a full read; a
+        // damaged index is reported, never quietly read around.
+        if (found || found.error().kind != mdb::ErrorKind::Unsupported)
             return found;
-        // An index this program cannot search (an unusual text order): read the table instead.
     }
 
     std::vector<mdb::Row> rows;
@@ -246,7 +250,7 @@ mdb::Status DatabaseSession::scan(const SessionTable& table, const std::function
     for (const QString& column : columns) {
         const int at = table.position(column);
         if (at < 0)
-            return Error{"table " + table.name() + " has no column " + column.toStdString()};
+            return notFound("table " + table.name() + " has no column " + column.toStdString());
         names.push_back(table.definition().columns[std::size_t(at)].name);
     }
     return database_->scan(table.definition(), visit, names);
@@ -255,7 +259,7 @@ mdb::Status DatabaseSession::scan(const SessionTable& table, const std::function
 mdb::Status DatabaseSession::checkWriting() const
 {
     if (!writer_)
-        return Error{"the database is open for reading only"};
+        return invalidArgument("the database is open for reading only");
     return mdb::Status::success();
 }
 

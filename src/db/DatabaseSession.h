@@ -53,8 +53,9 @@ public:
 
     // The rows whose columns equal the given values ("=" of a statement: null
     // matches nothing). Searched through an index over exactly those columns
-    // when the table has one (rows then in index order), otherwise by reading
-    // the whole table (rows in storage order). A writing session sees its own
+    // when the table has one whose key form the engine knows (rows then in
+    // index order), otherwise by reading the whole table (rows in storage
+    // order); a damaged index is an error, never read around. A writing session sees its own
     // pending changes through the index only.
     mdb::Result<std::vector<mdb::Row>> rowsWhere(const SessionTable& table, const std::vector<ColumnValue>& equal);
     // Calls `visit` for the rows whose `equal` columns equal their values

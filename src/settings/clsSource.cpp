@@ -35,7 +35,7 @@ mdb::Result<Whole> wholeOf(const QVariant& value, const char* column)
         return Whole(0);
     const double number = std::nearbyint(value.toDouble());
     if (!(number >= double(std::numeric_limits<Whole>::min()) && number <= double(std::numeric_limits<Whole>::max())))
-        return mdb::Error{std::string("overflow: the value of ") + column + " is out of range"};
+        return mdb::invalidArgument(std::string("overflow: the value of ") + column + " is out of range");
     return Whole(number);
 }
 
@@ -205,7 +205,7 @@ qint32 clsSource::addNew(const QString& databasePath)
         return fail(scanned.error());
     const qint64 next = highest ? *highest + 1 : 0;
     if (next > std::numeric_limits<qint32>::max())
-        return fail(mdb::Error{"overflow: no source key follows " + std::to_string(*highest)});
+        return fail(mdb::invalidArgument("overflow: no source key follows " + std::to_string(*highest)));
 
     std::vector<ColumnValue> values = storedProperties();
     values.insert(values.begin(), {"SourceID", qint32(next)});

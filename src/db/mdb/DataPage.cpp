@@ -25,7 +25,7 @@ Result<std::vector<RowSlot>> readRowSlots(const Page& page, const Layout& layout
     const uint16_t count = view.u16(layout.dataRowCountOffset);
     const std::size_t tableEnd = layout.dataFirstRowOffset + std::size_t(count) * 2;
     if (tableEnd > view.size())
-        return Error{where(page) + ": row count " + std::to_string(count) + " does not fit the page"};
+        return corruption(where(page) + ": row count " + std::to_string(count) + " does not fit the page");
 
     std::vector<RowSlot> slots;
     slots.reserve(count);
@@ -40,8 +40,8 @@ Result<std::vector<RowSlot>> readRowSlots(const Page& page, const Layout& layout
         if (slot.start < tableEnd || slot.start > previousStart) {
             // A deleted row's offset may be stale; it is never read.
             if (!slot.deleted)
-                return Error{where(page) + ": row " + std::to_string(i) + " offset " + std::to_string(slot.start) +
-                             " lies outside the row area"};
+                return corruption(where(page) + ": row " + std::to_string(i) + " offset " + std::to_string(slot.start) +
+                             " lies outside the row area");
             slot.start = slot.end = uint16_t(previousStart);
         }
         previousStart = slot.start;
@@ -81,21 +81,21 @@ Result<ByteView> RowReader::read(RowPointer pointer)
         if (Status loaded = load(pointer.page); !loaded)
             return loaded.error();
         if (pointer.row >= slots_.size())
-            return Error{where(holder_) + ": row " + std::to_string(pointer.row) + " does not exist (the page has " +
-                         std::to_string(slots_.size()) + " rows)"};
+            return corruption(where(holder_) + ": row " + std::to_string(pointer.row) + " does not exist (the page has " +
+                         std::to_string(slots_.size()) + " rows)");
         const RowSlot& slot = slots_[pointer.row];
         // A moved row's new home is marked deleted so that scans pass it by;
         // it is read only through the pointer left at its old place.
         if (slot.deleted && hop == 0)
-            return Error{where(holder_) + ": row " + std::to_string(pointer.row) + " is deleted"};
+            return corruption(where(holder_) + ": row " + std::to_string(pointer.row) + " is deleted");
         const ByteView bytes = holder_.view().sub(slot.start, std::size_t(slot.end - slot.start));
         if (!slot.overflow || hop > 0)
             return bytes;
         if (bytes.size() < 4)
-            return Error{where(holder_) + ": row " + std::to_string(pointer.row) + " overflow pointer is cut short"};
+            return corruption(where(holder_) + ": row " + std::to_string(pointer.row) + " overflow pointer is cut short");
         pointer = RowPointer::unpack(bytes.u32(0));
     }
-    return Error{"row overflow pointers loop starting at page " + std::to_string(pointer.page)};
+    return corruption("row overflow pointers loop starting at page " + std::to_string(pointer.page));
 }
 
 }  // namespace mdb

@@ -90,7 +90,7 @@ bool DataPageEditor::canInsert(std::size_t size) const
 Result<uint8_t> DataPageEditor::insert(std::span<const uint8_t> bytes, uint16_t flags)
 {
     if (!canInsert(bytes.size()))
-        return Error{"a row of " + std::to_string(bytes.size()) + " bytes does not fit on the page"};
+        return corruption("a row of " + std::to_string(bytes.size()) + " bytes does not fit on the page");
     const int row = rowCount();
     const std::size_t lowest = row == 0 ? layout_.pageSize : rowStart(row - 1);
     const std::size_t start = lowest - bytes.size();
@@ -151,7 +151,7 @@ bool DataPageEditor::canReplace(uint8_t row, std::size_t size) const
 Status DataPageEditor::replace(uint8_t row, std::span<const uint8_t> bytes, uint16_t flags)
 {
     if (!canReplace(row, bytes.size()))
-        return Error{"a row of " + std::to_string(bytes.size()) + " bytes does not fit on the page"};
+        return corruption("a row of " + std::to_string(bytes.size()) + " bytes does not fit on the page");
     std::vector<Slot> all = slots();
     all[row].bytes.assign(bytes.begin(), bytes.end());
     all[row].flags = flags;
@@ -162,7 +162,7 @@ Status DataPageEditor::replace(uint8_t row, std::span<const uint8_t> bytes, uint
 Status DataPageEditor::remove(uint8_t row)
 {
     if (row >= rowCount())
-        return Error{"row " + std::to_string(row) + " does not exist"};
+        return corruption("row " + std::to_string(row) + " does not exist");
     return replace(row, {}, kRowDeletedFlag);
 }
 

@@ -24,7 +24,7 @@ Result<std::vector<bool>> columnMask(const TableDefinition& table, const std::ve
     for (const std::string& name : columns) {
         const Column* column = table.column(name);
         if (!column)
-            return Error{"table " + table.name + " has no column named " + name};
+            return notFound("table " + table.name + " has no column named " + name);
         wanted[std::size_t(column - table.columns.data())] = true;
     }
     return wanted;
@@ -64,10 +64,10 @@ Result<std::unique_ptr<Database>> Database::open(FileSystem& files, const std::s
                                                  std::chrono::milliseconds lockWait)
 {
     if (mode == OpenMode::CreateNew)
-        return Error{path + ": use the database creator to make a new database"};
+        return invalidArgument(path + ": use the database creator to make a new database");
     if (mode == OpenMode::ReadWrite && files.exists(accessLockPath(path)))
-        return Error{path + " is open in Access (" + accessLockPath(path) +
-                     " exists); close Access, or remove that file if Access is not running"};
+        return busy(path + " is open in Access (" + accessLockPath(path) +
+                     " exists); close Access, or remove that file if Access is not running");
 
     // An interrupted change must be undone before anything is read, and that needs writing.
     const bool mustRecover = Journal::needsRecovery(files, path);
@@ -113,7 +113,7 @@ Result<std::unique_ptr<Database>> Database::openChecked(std::unique_ptr<File> fi
         return within(name, header.error());
     const uint64_t pages = *size / header->layout->pageSize;
     if (pages < 3 || pages > kPageNumberMask)
-        return Error{name + ": " + std::to_string(*size) + " bytes is not a whole database"};
+        return corruption(name + ": " + std::to_string(*size) + " bytes is not a whole database");
 
     std::unique_ptr<Database> database(new Database(std::move(file), *header, uint32_t(pages)));
     if (Status catalog = database->readCatalog(); !catalog)
@@ -124,9 +124,9 @@ Result<std::unique_ptr<Database>> Database::openChecked(std::unique_ptr<File> fi
 Status Database::commit()
 {
     if (broken_)
-        return Error{path_ + ": an earlier change failed; open the database again"};
+        return invalidArgument(path_ + ": an earlier change failed; open the database again");
     if (!writable())
-        return Error{path_ + " is open for reading only"};
+        return invalidArgument(path_ + " is open for reading only");
     Status committed = Journal::commit(*files_, path_, *file_, *pager_);
     if (!committed)
         broken_ = true;
@@ -154,7 +154,7 @@ Status Database::readCatalog()
     const Column* type = catalog->column("Type");
     const Column* flags = catalog->column("Flags");
     if (!id || !name || !type || !flags)
-        return Error{"the catalog lacks its Id, Name, Type or Flags column"};
+        return corruption("the catalog lacks its Id, Name, Type or Flags column");
 
     const auto position = [&](const Column* c) { return std::size_t(c - catalog->columns.data()); };
     return scan(*catalog, [&](const Row& row) {
@@ -182,7 +182,7 @@ Result<TableDefinition> Database::definition(const std::string& tableName)
 {
     const TableEntry* entry = findTable(tableName);
     if (!entry)
-        return Error{"no table named " + tableName};
+        return notFound("no table named " + tableName);
     return readTableDefinition(*pager_, entry->definitionPage, tableName);
 }
 
@@ -254,7 +254,7 @@ Result<Row> Database::readRowAt(const TableDefinition& table, RowPointer locatio
     if (!bytes)
         return within("table " + table.name, bytes.error());
     if (dataPageOwner(holder) != table.firstPage)
-        return Error{"table " + table.name + ": data page " + std::to_string(holder.number) + " belongs to another table"};
+        return corruption("table " + table.name + ": data page " + std::to_string(holder.number) + " belongs to another table");
     auto values = RowDecoder(*pager_, table).decode(*bytes, &*wanted);
     if (!values)
         return within("table " + table.name, values.error());
@@ -274,7 +274,7 @@ Status Database::scanRange(const TableDefinition& table, const std::string& inde
 {
     const Index* index = table.index(indexName);
     if (!index)
-        return Error{"table " + table.name + " has no index named " + indexName};
+        return notFound("table " + table.name + " has no index named " + indexName);
     const std::string where = "table " + table.name + ", index " + indexName;
     const RealIndex& real = table.realIndexes[index->realIndex];
     auto lowKey = encodeKey(table, real, low);
@@ -304,8 +304,8 @@ Status Database::scanRange(const TableDefinition& table, const std::string& inde
         if (!bytes)
             return within("table " + table.name, bytes.error());
         if (dataPageOwner(reader.page()) != table.firstPage)
-            return Error{"table " + table.name + ": data page " + std::to_string(reader.page().number) +
-                         " belongs to another table"};
+            return corruption("table " + table.name + ": data page " + std::to_string(reader.page().number) +
+                         " belongs to another table");
         if (Status decoded = decoder.decodeInto(*bytes, positions, row.values); !decoded)
             return within("table " + table.name, decoded.error());
         row.location = pointer;
@@ -320,7 +320,7 @@ Result<std::vector<Row>> findRows(Database& database, IndexPages& pages, const T
 {
     const Index* index = table.index(indexName);
     if (!index)
-        return Error{"table " + table.name + " has no index named " + indexName};
+        return notFound("table " + table.name + " has no index named " + indexName);
     const RealIndex& real = table.realIndexes[index->realIndex];
     auto encoded = encodeKey(table, real, key);
     if (!encoded)

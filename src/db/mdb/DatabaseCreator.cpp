@@ -204,7 +204,7 @@ Status createDatabase(FileSystem& files, const std::string& path,
                       const std::function<Status(DatabaseWriter&)>& populate)
 {
     if (files.exists(path))
-        return Error{path + " already exists; a new database is never written over a file"};
+        return ioError(path + " already exists; a new database is never written over a file");
     auto image = bootstrap(now());
     if (!image)
         return image.error();

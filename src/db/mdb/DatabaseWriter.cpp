@@ -127,7 +127,7 @@ DatabaseWriter::TableState& DatabaseWriter::adopt(TableDefinition definition)
 Result<DatabaseWriter::TableState*> DatabaseWriter::state(const std::string& table)
 {
     if (!database_.writable())
-        return Error{"the database is open for reading only"};
+        return invalidArgument("the database is open for reading only");
     auto found = tables_.find(table);
     if (found != tables_.end())
         return &found->second;
@@ -207,9 +207,9 @@ Status DatabaseWriter::createTable(const std::string& name, const std::vector<Co
                                    const std::vector<IndexSpec>& indexes, bool system)
 {
     if (!database_.writable())
-        return Error{"the database is open for reading only"};
+        return invalidArgument("the database is open for reading only");
     if (database_.findTable(name) || tables_.count(name))
-        return Error{"a table named " + name + " exists already"};
+        return invalidArgument("a table named " + name + " exists already");
     auto page = allocator_.allocate();
     if (!page)
         return failed(Status(page.error()));
@@ -229,7 +229,7 @@ Status DatabaseWriter::createIndex(const std::string& tableName, const IndexSpec
         return failed(Status(found.error()));
     TableDefinition& table = (*found)->definition;
     if (table.index(spec.name))
-        return failed(Status(Error{"table " + tableName + " has an index named " + spec.name + " already"}));
+        return failed(Status(invalidArgument("table " + tableName + " has an index named " + spec.name + " already")));
     Pager& pager = database_.pager();
 
     RealIndex real;
@@ -247,11 +247,11 @@ Status DatabaseWriter::createIndex(const std::string& tableName, const IndexSpec
     for (const std::string& columnName : spec.columns) {
         const Column* column = table.column(columnName);
         if (!column)
-            return failed(Status(Error{"table " + tableName + " has no column " + columnName}));
+            return failed(Status(notFound("table " + tableName + " has no column " + columnName)));
         real.columns.push_back({column->number, true});
     }
     if (real.columns.empty())
-        return failed(Status(Error{"index " + spec.name + " names no columns"}));
+        return failed(Status(invalidArgument("index " + spec.name + " names no columns")));
     real.flags = uint8_t(RealIndex::kAlwaysSetFlag | (spec.unique ? RealIndex::kUniqueFlag : 0));
 
     std::vector<uint32_t> chain;
@@ -302,7 +302,7 @@ Status DatabaseWriter::commit()
     if (verifyCommits) {
         const std::vector<std::string> problems = verifyDatabase(database_);
         if (!problems.empty())
-            return Error{"the database failed its check after the change: " + problems.front()};
+            return corruption("the database failed its check after the change: " + problems.front());
     }
     return Status::success();
 }

@@ -61,7 +61,7 @@ Status layOutColumns(TableDefinition& table, const std::vector<ColumnSpec>& spec
         column.flags = Column::kNullableFlag;
         if (spec.autonumber) {
             if (spec.type != ColumnType::Long)
-                return Error{"column " + spec.name + ": only Long Integer columns can be autonumbers"};
+                return invalidArgument("column " + spec.name + ": only Long Integer columns can be autonumbers");
             column.flags |= Column::kAutonumberFlag;
         }
         if (isVariable(spec.type)) {
@@ -91,11 +91,11 @@ Result<RealIndex> realIndexFor(const TableDefinition& table, const IndexSpec& sp
     RealIndex real = placed;
     real.columns.clear();
     if (spec.columns.empty() || spec.columns.size() > std::size_t(kIndexColumnSlots))
-        return Error{"index " + spec.name + " must have 1 to 10 columns"};
+        return invalidArgument("index " + spec.name + " must have 1 to 10 columns");
     for (const std::string& name : spec.columns) {
         const Column* column = table.column(name);
         if (!column)
-            return Error{"index " + spec.name + " names a column " + name + " the table does not have"};
+            return invalidArgument("index " + spec.name + " names a column " + name + " the table does not have");
         real.columns.push_back({column->number, true});
     }
     real.flags = uint8_t(RealIndex::kAlwaysSetFlag | (spec.unique || spec.primaryKey ? RealIndex::kUniqueFlag : 0));
@@ -168,12 +168,12 @@ Result<std::vector<uint8_t>> buildDefinition(TableDefinition& table, const std::
                                              const std::vector<IndexSpec>& indexes, const Layout& layout)
 {
     if (columns.empty())
-        return Error{"table " + table.name + " needs at least one column"};
+        return invalidArgument("table " + table.name + " needs at least one column");
     table.columns.clear();
     if (Status laidOut = layOutColumns(table, columns); !laidOut)
         return laidOut.error();
     if (indexes.size() != table.realIndexes.size())
-        return Error{"table " + table.name + ": every index needs its root page and map"};
+        return invalidArgument("table " + table.name + ": every index needs its root page and map");
     for (std::size_t i = 0; i < indexes.size(); ++i) {
         auto real = realIndexFor(table, indexes[i], table.realIndexes[i]);
         if (!real)
@@ -207,7 +207,7 @@ Result<std::vector<uint8_t>> buildDefinition(TableDefinition& table, const std::
     out.u32(table.ownedPagesPointer);
     out.u32(table.freePagesPointer);
     if (out.bytes.size() != layout.tdefRealIndexStart)
-        return Error{"definition header has the wrong size"};
+        return invalidArgument("definition header has the wrong size");
     for (const RealIndex& real : table.realIndexes) {
         out.u32(0);
         out.u32(real.distinctKeys);
@@ -242,7 +242,7 @@ Result<std::vector<uint8_t>> addIndexToDefinition(const std::vector<uint8_t>& by
     const uint32_t realCount = view.u32(layout.tdefRealIndexCountOffset);
     const uint32_t logicalCount = view.u32(layout.tdefIndexCountOffset);
     if (realCount != table.realIndexes.size() || logicalCount != table.indexes.size())
-        return Error{"table " + table.name + ": definition does not match what was read"};
+        return invalidArgument("table " + table.name + ": definition does not match what was read");
 
     // Where each section ends in the current bytes.
     std::size_t at = layout.tdefRealIndexStart + realCount * layout.realIndexCountEntrySize;
@@ -256,7 +256,7 @@ Result<std::vector<uint8_t>> addIndexToDefinition(const std::vector<uint8_t>& by
     for (uint32_t i = 0; i < logicalCount; ++i)
         namesEnd += 2 + view.u16(namesEnd);
     if (namesEnd > bytes.size())
-        return Error{"table " + table.name + ": definition is shorter than its sections"};
+        return invalidArgument("table " + table.name + ": definition is shorter than its sections");
 
     Writer count, realEntry, logicalEntry, indexName;
     count.u32(0);

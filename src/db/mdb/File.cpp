@@ -30,9 +30,9 @@ public:
             if (n < 0 && errno == EINTR)
                 continue;
             if (n < 0)
-                return Error{systemError("cannot read", path_)};
+                return ioError(systemError("cannot read", path_));
             if (n == 0)
-                return Error{path_ + ": unexpected end of file at byte " + std::to_string(offset + done)};
+                return ioError(path_ + ": unexpected end of file at byte " + std::to_string(offset + done));
             done += std::size_t(n);
         }
         return Status::success();
@@ -46,7 +46,7 @@ public:
             if (n < 0 && errno == EINTR)
                 continue;
             if (n < 0)
-                return Error{systemError("cannot write", path_)};
+                return ioError(systemError("cannot write", path_));
             done += std::size_t(n);
         }
         return Status::success();
@@ -56,21 +56,21 @@ public:
     {
         struct stat info {};
         if (::fstat(fd_, &info) != 0)
-            return Error{systemError("cannot read the size of", path_)};
+            return ioError(systemError("cannot read the size of", path_));
         return uint64_t(info.st_size);
     }
 
     Status sync() override
     {
         if (::fsync(fd_) != 0)
-            return Error{systemError("cannot flush", path_)};
+            return ioError(systemError("cannot flush", path_));
         return Status::success();
     }
 
     Status truncate(uint64_t size) override
     {
         if (::ftruncate(fd_, off_t(size)) != 0)
-            return Error{systemError("cannot resize", path_)};
+            return ioError(systemError("cannot resize", path_));
         return Status::success();
     }
 
@@ -89,9 +89,9 @@ Result<std::unique_ptr<File>> openDiskFile(const std::string& path, OpenMode mod
     struct stat info {};
     if (mode != OpenMode::CreateNew) {
         if (::stat(path.c_str(), &info) != 0)
-            return Error{systemError("cannot open", path)};
+            return ioError(systemError("cannot open", path));
         if (S_ISDIR(info.st_mode))
-            return Error{path + " is a folder, not a database file"};
+            return ioError(path + " is a folder, not a database file");
     }
     int flags = O_CLOEXEC;
     if (mode == OpenMode::ReadOnly)
@@ -102,7 +102,7 @@ Result<std::unique_ptr<File>> openDiskFile(const std::string& path, OpenMode mod
         flags |= O_RDWR | O_CREAT | O_EXCL;
     const int fd = ::open(path.c_str(), flags, 0644);
     if (fd < 0)
-        return Error{systemError("cannot open", path)};
+        return ioError(systemError("cannot open", path));
     return std::unique_ptr<File>(std::make_unique<DiskFile>(fd, path));
 }
 
@@ -115,7 +115,7 @@ int diskFileDescriptor(File& file)
 Status MemoryFile::read(uint64_t offset, std::span<uint8_t> out)
 {
     if (offset > bytes_.size() || out.size() > bytes_.size() - offset)
-        return Error{name_ + ": unexpected end of file at byte " + std::to_string(bytes_.size())};
+        return ioError(name_ + ": unexpected end of file at byte " + std::to_string(bytes_.size()));
     std::copy_n(bytes_.begin() + std::ptrdiff_t(offset), out.size(), out.begin());
     return Status::success();
 }
@@ -138,9 +138,9 @@ Status FaultyFile::read(uint64_t offset, std::span<uint8_t> out)
 {
     ++reads_;
     if (reads_ == failRead_)
-        return Error{name() + ": injected read failure"};
+        return ioError(name() + ": injected read failure");
     if (hasCut_ && (offset > cut_ || out.size() > cut_ - offset))
-        return Error{name() + ": unexpected end of file at byte " + std::to_string(cut_)};
+        return ioError(name() + ": unexpected end of file at byte " + std::to_string(cut_));
     return inner_->read(offset, out);
 }
 
@@ -148,7 +148,7 @@ Status FaultyFile::write(uint64_t offset, std::span<const uint8_t> data)
 {
     ++writes_;
     if (writes_ == failWrite_)
-        return Error{name() + ": injected write failure"};
+        return ioError(name() + ": injected write failure");
     if (crashAfter_ >= 0 && writes_ > crashAfter_)
         return Status::success();  // lost in the crash
     return inner_->write(offset, data);

@@ -38,7 +38,7 @@ bool DiskFileSystem::exists(const std::string& path)
 Status DiskFileSystem::remove(const std::string& path)
 {
     if (::unlink(path.c_str()) != 0 && errno != ENOENT)
-        return Error{"cannot remove " + path + ": " + std::strerror(errno)};
+        return ioError("cannot remove " + path + ": " + std::strerror(errno));
     return Status::success();
 }
 
@@ -47,10 +47,10 @@ Status DiskFileSystem::renameNoReplace(const std::string& from, const std::strin
     if (::renameat2(AT_FDCWD, from.c_str(), AT_FDCWD, to.c_str(), RENAME_NOREPLACE) == 0)
         return Status::success();
     if (errno == EEXIST)
-        return Error{to + " already exists"};
+        return ioError(to + " already exists");
     // File systems without that rename: a hard link refuses an existing name too.
     if (::link(from.c_str(), to.c_str()) != 0)
-        return Error{"cannot name the new file " + to + ": " + std::strerror(errno)};
+        return ioError("cannot name the new file " + to + ": " + std::strerror(errno));
     ::unlink(from.c_str());
     return Status::success();
 }
@@ -60,12 +60,12 @@ Status DiskFileSystem::syncFolderOf(const std::string& path)
     const std::string folder = folderOf(path);
     const int fd = ::open(folder.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC);
     if (fd < 0)
-        return Error{"cannot open folder " + folder + ": " + std::strerror(errno)};
+        return ioError("cannot open folder " + folder + ": " + std::strerror(errno));
     const int synced = ::fsync(fd);
     const int error = errno;
     ::close(fd);
     if (synced != 0)
-        return Error{"cannot flush folder " + folder + ": " + std::strerror(error)};
+        return ioError("cannot flush folder " + folder + ": " + std::strerror(error));
     return Status::success();
 }
 
@@ -80,10 +80,10 @@ Status DiskFileSystem::lock(File& file, LockKind kind, std::chrono::milliseconds
         if (::flock(fd, operation) == 0)
             return Status::success();
         if (errno != EWOULDBLOCK && errno != EINTR)
-            return Error{"cannot lock " + file.name() + ": " + std::strerror(errno)};
+            return ioError("cannot lock " + file.name() + ": " + std::strerror(errno));
         if (std::chrono::steady_clock::now() >= deadline)
-            return Error{file.name() + " is in use by another Nimbrel process" +
-                         (kind == LockKind::Exclusive ? "; try again when it has finished writing" : "")};
+            return busy(file.name() + " is in use by another Nimbrel process" +
+                         (kind == LockKind::Exclusive ? "; try again when it has finished writing" : ""));
         std::this_thread::sleep_for(std::chrono::milliseconds(5));
     }
 }
@@ -103,7 +103,7 @@ public:
     {
         const auto& bytes = node_->current;
         if (offset > bytes.size() || out.size() > bytes.size() - offset)
-            return Error{path_ + ": unexpected end of file at byte " + std::to_string(bytes.size())};
+            return ioError(path_ + ": unexpected end of file at byte " + std::to_string(bytes.size()));
         std::copy_n(bytes.begin() + std::ptrdiff_t(offset), out.size(), out.begin());
         return Status::success();
     }
@@ -111,7 +111,7 @@ public:
     Status write(uint64_t offset, std::span<const uint8_t> data) override
     {
         if (!writable_)
-            return Error{path_ + " is open for reading only"};
+            return ioError(path_ + " is open for reading only");
         if (Status counted = system_.countWrite(path_); !counted)
             return counted;
         if (system_.dead())
@@ -156,7 +156,7 @@ Status MemoryFileSystem::countWrite(const std::string& path)
 {
     ++writes_;
     if (writes_ == failWriteAt_)
-        return Error{path + ": injected write failure"};
+        return ioError(path + ": injected write failure");
     return Status::success();
 }
 
@@ -166,17 +166,17 @@ Result<std::unique_ptr<File>> MemoryFileSystem::open(const std::string& path, Op
     const bool present = found != nodes_.end() && found->second->existsNow;
     if (mode == OpenMode::CreateNew) {
         if (present)
-            return Error{path + " already exists"};
+            return ioError(path + " already exists");
         if (dead())
-            return Error{path + ": the program has crashed"};
+            return ioError(path + ": the program has crashed");
         auto node = std::make_shared<Node>();
         nodes_[path] = node;
         return std::unique_ptr<File>(std::make_unique<MemoryNodeFile>(*this, node, path, true));
     }
     if (!present)
-        return Error{"cannot open " + path + ": No such file or directory"};
+        return notFound("cannot open " + path + ": No such file or directory");
     if (mode == OpenMode::ReadWrite && readOnly_.count(path))
-        return Error{"cannot open " + path + " for writing: Permission denied"};
+        return ioError("cannot open " + path + " for writing: Permission denied");
     return std::unique_ptr<File>(
         std::make_unique<MemoryNodeFile>(*this, found->second, path, mode == OpenMode::ReadWrite));
 }
@@ -199,9 +199,9 @@ Status MemoryFileSystem::remove(const std::string& path)
 Status MemoryFileSystem::renameNoReplace(const std::string& from, const std::string& to)
 {
     if (exists(to))
-        return Error{to + " already exists"};
+        return ioError(to + " already exists");
     if (!exists(from))
-        return Error{"cannot rename " + from + ": No such file or directory"};
+        return notFound("cannot rename " + from + ": No such file or directory");
     if (dead())
         return Status::success();
     auto node = std::make_shared<Node>(*nodes_[from]);

@@ -30,22 +30,22 @@ Result<HeaderInfo> readHeader(std::span<const uint8_t> firstBytes)
 {
     const ByteView view(firstBytes);
     if (!view.has(0, jet3Layout().pageSize))
-        return Error{"header page: the file is too short to be a database (" + std::to_string(view.size()) + " bytes)"};
+        return corruption("header page: the file is too short to be a database (" + std::to_string(view.size()) + " bytes)");
     const bool jet = std::memcmp(view.data() + 4, kJetSignature, sizeof kJetSignature) == 0;
     const bool ace = std::memcmp(view.data() + 4, kAceSignature, sizeof kAceSignature) == 0;
     if (view.u8(0) != 0 || (!jet && !ace))
-        return Error{"header page: not an Access database (no Jet signature)"};
+        return unsupported("header page: not an Access database (no Jet signature)");
 
     const uint8_t version = view.u8(kVersionOffset);
     if (ace || version >= 2)
-        return Error{"header page: an Access 2007 or later database (.accdb format); only Access 2000-2003 (Jet 4) files are supported"};
+        return unsupported("header page: an Access 2007 or later database (.accdb format); only Access 2000-2003 (Jet 4) files are supported");
     if (version == 0)
-        return Error{"header page: an Access 97 database (Jet 3); only Access 2000-2003 (Jet 4) files are supported"};
+        return unsupported("header page: an Access 97 database (Jet 3); only Access 2000-2003 (Jet 4) files are supported");
 
     HeaderInfo info;
     info.layout = &jet4Layout();
     if (!view.has(0, info.layout->pageSize))
-        return Error{"header page: the file is too short to be a Jet 4 database (" + std::to_string(view.size()) + " bytes)"};
+        return corruption("header page: the file is too short to be a Jet 4 database (" + std::to_string(view.size()) + " bytes)");
     const std::vector<uint8_t> unmasked = unmaskHeader(firstBytes.first(info.layout->pageSize), *info.layout);
     const ByteView header(unmasked);
     info.codePage = header.u16(info.layout->codePageOffset);
@@ -53,7 +53,7 @@ Result<HeaderInfo> readHeader(std::span<const uint8_t> firstBytes)
                                                       : header.u16(info.layout->sortOrderOffset);
     info.databaseKey = header.u32(info.layout->databaseKeyOffset);
     if (info.databaseKey != 0)
-        return Error{"header page: the database is encrypted; encrypted databases are not supported"};
+        return unsupported("header page: the database is encrypted; encrypted databases are not supported");
     return info;
 }
 

@@ -43,8 +43,8 @@ const T* as(const Value& value)
 
 Status mismatch(const Column& column)
 {
-    return Error{"a key value for column " + column.name + " does not have the column's type (" +
-                 typeName(column.type) + ")"};
+    return invalidArgument("a key value for column " + column.name + " does not have the column's type (" +
+                 typeName(column.type) + ")");
 }
 
 Status appendValueBytes(std::vector<uint8_t>& key, const Column& column, const Value& value)
@@ -86,8 +86,8 @@ Status appendValueBytes(std::vector<uint8_t>& key, const Column& column, const V
     case ColumnType::Text:
         if (auto v = as<std::string>(value)) {
             if (column.sortOrder != kGeneralSortOrder)
-                return Error{"column " + column.name + " uses sort order " + std::to_string(column.sortOrder) +
-                             "; only the General sort order is supported"};
+                return unsupported("column " + column.name + " uses sort order " + std::to_string(column.sortOrder) +
+                             "; only the General sort order is supported");
             auto text = generalTextKey(*v);
             if (!text)
                 return within("column " + column.name, text.error());
@@ -96,7 +96,7 @@ Status appendValueBytes(std::vector<uint8_t>& key, const Column& column, const V
         }
         break;
     default:
-        return Error{"column " + column.name + ": keys of type " + typeName(column.type) + " are not supported"};
+        return unsupported("column " + column.name + ": keys of type " + typeName(column.type) + " are not supported");
     }
     return mismatch(column);
 }
@@ -124,13 +124,13 @@ Result<std::vector<uint8_t>> encodeKey(const TableDefinition& table, const RealI
                                        const std::vector<Value>& values)
 {
     if (values.size() > index.columns.size())
-        return Error{"a key of " + std::to_string(values.size()) + " values for an index of " +
-                     std::to_string(index.columns.size()) + " columns"};
+        return invalidArgument("a key of " + std::to_string(values.size()) + " values for an index of " +
+                     std::to_string(index.columns.size()) + " columns");
     std::vector<uint8_t> key;
     for (std::size_t i = 0; i < values.size(); ++i) {
         const Column* column = table.columnByNumber(index.columns[i].columnNumber);
         if (!column)
-            return Error{"table " + table.name + ": an index names a missing column"};
+            return corruption("table " + table.name + ": an index names a missing column");
         if (Status appended = appendKeyColumn(key, *column, index.columns[i].ascending, values[i]); !appended)
             return appended.error();
     }
@@ -144,8 +144,8 @@ Result<std::vector<uint8_t>> generalTextKey(const std::string& utf8)
         if (!appendGeneralSortCode(c, key)) {
             char hex[16];
             std::snprintf(hex, sizeof hex, "U+%04X", unsigned(c));
-            return Error{std::string("text key holds the character ") + hex +
-                         ", which the General sort order table does not cover"};
+            return unsupported(std::string("text key holds the character ") + hex +
+                         ", which the General sort order table does not cover");
         }
     }
     key.push_back(kGeneralTextEnd);

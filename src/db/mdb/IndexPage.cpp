@@ -41,7 +41,7 @@ Result<IndexPage> readIndexPage(Pager& pager, uint32_t number)
     const ByteView view = page.view();
     const Layout& layout = pager.layout();
     if (page.type() != kIndexNodePage && page.type() != kIndexLeafPage)
-        return Error{where(number) + ": page type is " + std::to_string(page.type()) + ", not an index page"};
+        return corruption(where(number) + ": page type is " + std::to_string(page.type()) + ", not an index page");
 
     IndexPage index;
     index.number = number;
@@ -60,12 +60,12 @@ Result<IndexPage> readIndexPage(Pager& pager, uint32_t number)
     index.entries.reserve(ends.size());
     for (std::size_t end : ends) {
         if (end > view.size() || end <= start)
-            return Error{where(number) + ": entry bitmap marks an entry end outside the page"};
+            return corruption(where(number) + ": entry bitmap marks an entry end outside the page");
         IndexEntry entry;
         const ByteView stored = view.sub(start, end - start);
         if (index.entries.empty()) {
             if (index.prefixLength > stored.size())
-                return Error{where(number) + ": shared prefix is longer than the first entry"};
+                return corruption(where(number) + ": shared prefix is longer than the first entry");
             prefix.assign(stored.data(), stored.data() + index.prefixLength);
             full.clear();
         } else {
@@ -73,7 +73,7 @@ Result<IndexPage> readIndexPage(Pager& pager, uint32_t number)
         }
         full.insert(full.end(), stored.data(), stored.data() + stored.size());
         if (full.size() < pointers)
-            return Error{where(number) + ": entry " + std::to_string(index.entries.size()) + " is too short"};
+            return corruption(where(number) + ": entry " + std::to_string(index.entries.size()) + " is too short");
         const ByteView fullView(full);
         const std::size_t keyLength = full.size() - pointers;
         entry.key.assign(full.begin(), full.begin() + std::ptrdiff_t(keyLength));
@@ -159,7 +159,7 @@ bool fitsOnPage(const IndexPage& page, const Layout& layout)
 Status encodeIndexPage(const IndexPage& page, const Layout& layout, std::vector<uint8_t>& bytes)
 {
     if (!fitsOnPage(page, layout))
-        return Error{"index page " + std::to_string(page.number) + ": entries do not fit"};
+        return corruption("index page " + std::to_string(page.number) + ": entries do not fit");
     const std::size_t prefix = sharedPrefix(page);
     bytes.assign(layout.pageSize, 0);
     bytes[0] = page.leaf ? kIndexLeafPage : kIndexNodePage;

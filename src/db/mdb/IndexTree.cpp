@@ -20,7 +20,7 @@ Result<uint32_t> IndexTree::leafFor(const std::vector<uint8_t>* prefix)
     std::set<uint32_t> visited;
     for (;;) {
         if (!visited.insert(current).second)
-            return Error{"index pages loop at page " + std::to_string(current)};
+            return corruption("index pages loop at page " + std::to_string(current));
         auto loaded = pages_.get(current);
         if (!loaded)
             return loaded.error();
@@ -31,7 +31,7 @@ Result<uint32_t> IndexTree::leafFor(const std::vector<uint8_t>* prefix)
         // child (the tail) has no entry. Descend into the first child that
         // may hold keys at or after the prefix.
         if (page->entries.empty() && page->tail == 0)
-            return Error{"index node page " + std::to_string(current) + " has no children"};
+            return corruption("index node page " + std::to_string(current) + " has no children");
         uint32_t next = page->tail != 0 ? page->tail : page->entries.back().child;
         if (!prefix && !page->entries.empty())
             next = page->entries.front().child;
@@ -53,13 +53,13 @@ Status IndexTree::walkLeaves(uint32_t first, const std::function<bool(const Inde
     std::set<uint32_t> visited;
     for (uint32_t current = first; current != 0;) {
         if (!visited.insert(current).second || visited.size() > pageCount_)
-            return Error{"index leaf pages loop at page " + std::to_string(current)};
+            return corruption("index leaf pages loop at page " + std::to_string(current));
         auto loaded = pages_.get(current);
         if (!loaded)
             return loaded.error();
         const IndexPage* page = *loaded;
         if (!page->leaf)
-            return Error{"index page " + std::to_string(current) + " is chained among leaves but is a node page"};
+            return corruption("index page " + std::to_string(current) + " is chained among leaves but is a node page");
         auto begin = page->entries.begin();
         if (from) {
             // On the first leaf, skip the entries before the key at once.

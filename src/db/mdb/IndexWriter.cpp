@@ -44,7 +44,7 @@ Result<IndexPage*> IndexWriter::load(uint32_t page)
     if (!loaded)
         return loaded.error();
     if ((*loaded)->owner != owner_)
-        return Error{"index page " + std::to_string(page) + " belongs to another table"};
+        return corruption("index page " + std::to_string(page) + " belongs to another table");
     return loaded;
 }
 
@@ -122,7 +122,7 @@ Result<uint32_t> IndexWriter::childAt(const IndexPage& node, std::size_t i)
     if (i < node.entries.size())
         return node.entries[i].child;
     if (node.tail == 0)
-        return Error{"index node page " + std::to_string(node.number) + " has no children"};
+        return corruption("index node page " + std::to_string(node.number) + " has no children");
     return node.tail;
 }
 
@@ -161,12 +161,12 @@ Result<IndexEntry> IndexWriter::lastEntryOf(uint32_t page)
         const IndexPage& current = **loaded;
         if (current.leaf || current.tail == 0) {
             if (current.entries.empty())
-                return Error{"index page " + std::to_string(page) + " has no entries"};
+                return corruption("index page " + std::to_string(page) + " has no entries");
             return withoutChild(current.entries.back());
         }
         page = current.tail;
     }
-    return Error{"index tree is deeper than it can be"};
+    return corruption("index tree is deeper than it can be");
 }
 
 Result<IndexEntry> IndexWriter::lastOf(Child& child)
@@ -315,7 +315,7 @@ Result<IndexWriter::Change> IndexWriter::insertInto(uint32_t pageNumber, const I
     if (page->leaf) {
         auto at = std::lower_bound(page->entries.begin(), page->entries.end(), entry, entryLess);
         if (at != page->entries.end() && sameEntry(*at, entry))
-            return Error{"the index already holds this entry"};
+            return corruption("the index already holds this entry");
         if (at == page->entries.end())
             change.newLast = entry;
         const std::size_t position = std::size_t(at - page->entries.begin());
@@ -343,7 +343,7 @@ Result<IndexWriter::Change> IndexWriter::removeFrom(uint32_t pageNumber, const I
     if (page->leaf) {
         auto at = std::lower_bound(page->entries.begin(), page->entries.end(), entry, entryLess);
         if (at == page->entries.end() || !sameEntry(*at, entry))
-            return Error{"the index does not hold the entry to remove"};
+            return corruption("the index does not hold the entry to remove");
         const bool wasLast = at + 1 == page->entries.end();
         const std::size_t position = std::size_t(at - page->entries.begin());
         page->entries.erase(at);

@@ -166,7 +166,7 @@ Status commit(FileSystem& files, const std::string& databasePath, File& database
         pager.discardChanges();
         // Put the database back now; if that fails too, the next open will.
         if (auto undone = recover(files, databasePath, database, pager.pageSize()); !undone)
-            return Error{written.error().message + "; the change will be undone when the database is next opened"};
+            return ioError(written.error().message + "; the change will be undone when the database is next opened");
         return written;
     }
     Status done = (*journal)->truncate(0);

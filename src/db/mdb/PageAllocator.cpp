@@ -34,10 +34,10 @@ Result<PageAllocator::GlobalMap> PageAllocator::readMap()
         return page.error();
     DataPageEditor editor(**page, pager_.layout());
     if (editor.rowCount() <= kGlobalMapRow)
-        return Error{"page 1 holds no global usage map"};
+        return corruption("page 1 holds no global usage map");
     const ByteView bytes = editor.row(kGlobalMapRow);
     if (bytes.size() < 6 || bytes.u8(0) != 0)
-        return Error{"the global usage map on page 1 is not an inline map"};
+        return corruption("the global usage map on page 1 is not an inline map");
     GlobalMap map;
     map.row.assign(bytes.data(), bytes.data() + bytes.size());
     map.firstPage = bytes.u32(1);
@@ -52,8 +52,8 @@ Status PageAllocator::writeMap(const GlobalMap& map)
     DataPageEditor editor(**page, pager_.layout());
     const uint16_t flags = editor.flags(kGlobalMapRow);
     if (!editor.canReplace(kGlobalMapRow, map.row.size()))
-        return Error{"the database has reached the largest size the global usage map can describe (" +
-                     std::to_string(pager_.pageCount()) + " pages)"};
+        return unsupported("the database has reached the largest size the global usage map can describe (" +
+                     std::to_string(pager_.pageCount()) + " pages)");
     return editor.replace(kGlobalMapRow, map.row, flags);
 }
 
@@ -77,7 +77,7 @@ Result<uint32_t> PageAllocator::allocate()
     } else {
         page = pager_.append();
         if (page < map->firstPage)
-            return Error{"the global usage map does not start at page 0"};
+            return corruption("the global usage map does not start at page 0");
         // Pages the map does not reach yet are free, as Access records them.
         while (page - map->firstPage >= map->bits())
             map->row.insert(map->row.end(), kGrowthBytes, 0xFF);
@@ -106,7 +106,7 @@ Status PageAllocator::release(uint32_t page)
     if (!map)
         return map.error();
     if (page < kFirstUsablePage || page < map->firstPage || page - map->firstPage >= map->bits())
-        return Error{"page " + std::to_string(page) + " cannot be released"};
+        return corruption("page " + std::to_string(page) + " cannot be released");
     map->set(page, true);
     return writeMap(*map);
 }

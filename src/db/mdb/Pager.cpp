@@ -16,8 +16,8 @@ Result<PageBytes> Pager::read(uint32_t pageNumber)
         return found->second.bytes;
     }
     if (pageNumber >= pageCount_)
-        return Error{"page " + std::to_string(pageNumber) + " lies beyond the end of the file (" +
-                     std::to_string(pageCount_) + " pages)"};
+        return corruption("page " + std::to_string(pageNumber) + " lies beyond the end of the file (" +
+                     std::to_string(pageCount_) + " pages)");
 
     auto bytes = std::make_shared<std::vector<uint8_t>>(layout_.pageSize);
     if (Status read = file_.read(uint64_t(pageNumber) * layout_.pageSize, *bytes); !read)
@@ -81,8 +81,8 @@ Result<Page> readPageOfType(Pager& pager, uint32_t number, uint8_t type, const c
         return bytes.error();
     Page page{number, *bytes};
     if (page.type() != type)
-        return Error{std::string(what) + " page " + std::to_string(number) + ": page type is " +
-                     std::to_string(page.type()) + ", expected " + std::to_string(type)};
+        return corruption(std::string(what) + " page " + std::to_string(number) + ": page type is " +
+                     std::to_string(page.type()) + ", expected " + std::to_string(type));
     return page;
 }
 

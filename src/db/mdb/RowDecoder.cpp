@@ -56,27 +56,27 @@ Result<RowDecoder::Frame> RowDecoder::frame(ByteView row) const
 {
     Frame frame;
     if (row.size() < kCountSize)
-        return Error{"row is " + std::to_string(row.size()) + " bytes, too short for its column count"};
+        return corruption("row is " + std::to_string(row.size()) + " bytes, too short for its column count");
     frame.columnCount = row.u16(0);
     const std::size_t maskSize = (std::size_t(frame.columnCount) + 7) / 8;
     if (row.size() < kCountSize + maskSize)
-        return Error{"row is too short for the null mask of its " + std::to_string(frame.columnCount) + " columns"};
+        return corruption("row is too short for the null mask of its " + std::to_string(frame.columnCount) + " columns");
     const std::size_t maskStart = row.size() - maskSize;
     frame.nullMask = row.sub(maskStart, maskSize);
     if (table_.variableColumnCount == 0)
         return frame;
 
     if (maskStart < 2 * kCountSize)
-        return Error{"row is too short for its variable-value table"};
+        return corruption("row is too short for its variable-value table");
     const uint16_t variableCount = row.u16(maskStart - kCountSize);
     const std::size_t tableBytes = (std::size_t(variableCount) + 2) * kCountSize;  // entries, end offset, count
     if (tableBytes > maskStart)
-        return Error{"row's variable-value table (" + std::to_string(variableCount) + " entries) does not fit the row"};
+        return corruption("row's variable-value table (" + std::to_string(variableCount) + " entries) does not fit the row");
     frame.variableCount = variableCount;
     frame.maskStart = maskStart;
     frame.tableStart = maskStart - tableBytes;
     if (row.u16(frame.tableStart) > frame.tableStart)
-        return Error{"row's data end lies past its offset table"};
+        return corruption("row's data end lies past its offset table");
     return frame;
 }
 
@@ -92,7 +92,7 @@ Result<Value> RowDecoder::fixedValue(ByteView row, const Column& column) const
     const std::size_t size = fixedSize(column);
     const std::size_t at = kCountSize + column.fixedOffset;
     if (!row.has(at, size))
-        return Error{"column " + column.name + " lies past the end of the row"};
+        return corruption("column " + column.name + " lies past the end of the row");
     return decodeFixed(column, row.sub(at, size));
 }
 
@@ -107,7 +107,7 @@ Result<Value> RowDecoder::variableValue(ByteView row, const Frame& frame, const 
     const uint16_t end = k + 1 < frame.variableCount ? row.u16(frame.maskStart - kCountSize * (k + 3))
                                                      : row.u16(frame.tableStart);
     if (start > end || end > frame.tableStart)
-        return Error{"column " + column.name + ": the row's variable-value offsets are out of order or past its data"};
+        return corruption("column " + column.name + ": the row's variable-value offsets are out of order or past its data");
     const ByteView bytes = row.sub(start, std::size_t(end - start));
     if (column.isLongValue()) {
         auto value = readLongValue(pager_, bytes);
@@ -121,8 +121,8 @@ Result<Value> RowDecoder::variableValue(ByteView row, const Frame& frame, const 
     // (Yes/no values never reach here: they live in the null mask.)
     if (const std::size_t size = fixedSizeOf(column.type)) {
         if (bytes.size() < size)
-            return Error{"column " + column.name + " holds " + std::to_string(bytes.size()) + " bytes, not " +
-                         std::to_string(size)};
+            return corruption("column " + column.name + " holds " + std::to_string(bytes.size()) + " bytes, not " +
+                         std::to_string(size));
         return decodeFixed(column, bytes);
     }
     if (column.type == ColumnType::Text)
@@ -165,7 +165,7 @@ Status RowDecoder::decodeInto(ByteView row, const std::vector<std::size_t>& posi
         return layout.error();
     for (std::size_t i : positions) {
         if (i >= table_.columns.size() || i >= values.size())
-            return Error{"column position " + std::to_string(i) + " is outside the row"};
+            return corruption("column position " + std::to_string(i) + " is outside the row");
         auto value = columnValue(row, *layout, table_.columns[i]);
         if (!value)
             return value.error();

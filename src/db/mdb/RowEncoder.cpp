@@ -112,15 +112,15 @@ Status checkValue(const Column& column, const Value& value)
     if (isNull(value))
         return Status::success();
     if (!matchesType(column, value))
-        return Error{"column " + column.name + " takes " + typeName(column.type) + " values"};
+        return invalidArgument("column " + column.name + " takes " + typeName(column.type) + " values");
     if (column.type == ColumnType::Text) {
         const std::size_t characters = utf16Length(std::get<std::string>(value));
         if (characters > std::size_t(column.length / 2))
-            return Error{"column " + column.name + " holds at most " + std::to_string(column.length / 2) +
-                         " characters, not " + std::to_string(characters)};
+            return invalidArgument("column " + column.name + " holds at most " + std::to_string(column.length / 2) +
+                         " characters, not " + std::to_string(characters));
     }
     if (column.type == ColumnType::Binary && std::get<Bytes>(value).size() > column.length)
-        return Error{"column " + column.name + " holds at most " + std::to_string(column.length) + " bytes"};
+        return invalidArgument("column " + column.name + " holds at most " + std::to_string(column.length) + " bytes");
     return Status::success();
 }
 
@@ -129,8 +129,8 @@ Result<std::vector<uint8_t>> encodeRow(const TableDefinition& table, const std::
                                        std::size_t maxRowSize)
 {
     if (values.size() != table.columns.size())
-        return Error{"table " + table.name + " has " + std::to_string(table.columns.size()) + " columns, not " +
-                     std::to_string(values.size())};
+        return invalidArgument("table " + table.name + " has " + std::to_string(table.columns.size()) + " columns, not " +
+                     std::to_string(values.size()));
 
     const uint16_t columnCount = table.maxColumns;
     std::vector<uint8_t> row(kCountSize + fixedPartSize(table), 0);
@@ -159,11 +159,11 @@ Result<std::vector<uint8_t>> encodeRow(const TableDefinition& table, const std::
         if (column.isLongValue()) {
             auto prepared = longValues.find(i);
             if (prepared == longValues.end())
-                return Error{"table " + table.name + ": column " + column.name + " has no prepared long value"};
+                return invalidArgument("table " + table.name + ": column " + column.name + " has no prepared long value");
             variable[column.variableIndex] = prepared->second;
         } else if (column.isFixed()) {
             if (fixedSizeOf(column.type) > column.length)
-                return Error{"table " + table.name + ": column " + column.name + " is too short for its type"};
+                return invalidArgument("table " + table.name + ": column " + column.name + " is too short for its type");
             writeValue(row, kCountSize + column.fixedOffset, column, value);
         } else if (const std::size_t size = fixedSizeOf(column.type)) {
             // A fixed-size value kept in the variable part.
@@ -192,8 +192,8 @@ Result<std::vector<uint8_t>> encodeRow(const TableDefinition& table, const std::
     }
     row.insert(row.end(), nullMask.begin(), nullMask.end());
     if (row.size() > maxRowSize)
-        return Error{"table " + table.name + ": a row of " + std::to_string(row.size()) +
-                     " bytes is larger than a page can hold (" + std::to_string(maxRowSize) + ")"};
+        return invalidArgument("table " + table.name + ": a row of " + std::to_string(row.size()) +
+                     " bytes is larger than a page can hold (" + std::to_string(maxRowSize) + ")");
     return row;
 }
 

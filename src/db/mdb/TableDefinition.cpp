@@ -91,7 +91,7 @@ Index parseIndex(ByteView entry, const Layout& layout)
 
 Error damaged(const TableDefinition& table, const std::string& what)
 {
-    return Error{"table " + table.name + ", definition page " + std::to_string(table.firstPage) + ": " + what};
+    return corruption("table " + table.name + ", definition page " + std::to_string(table.firstPage) + ": " + what);
 }
 
 // Checks what the rows and indexes rely on: columns inside the row limits,
@@ -159,7 +159,7 @@ Result<std::vector<uint8_t>> readDefinitionBytes(Pager& pager, uint32_t page, st
     uint32_t next = page;
     while (next != 0) {
         if (chain.size() >= kMaxDefinitionPages || std::find(chain.begin(), chain.end(), next) != chain.end())
-            return Error{"definition page " + std::to_string(page) + ": its page chain loops or is too long"};
+            return corruption("definition page " + std::to_string(page) + ": its page chain loops or is too long");
         auto current = readPageOfType(pager, next, kTableDefinitionPage, "definition");
         if (!current)
             return current.error();

@@ -62,15 +62,15 @@ Status TableWriter::checkWritable(const TableDefinition& table)
 {
     for (const Index& index : table.indexes) {
         if (index.kind == Index::kForeignKey)
-            return Error{"table " + table.name + " has the foreign-key index " + index.name +
-                         ", which this program does not maintain; it will not change the table"};
+            return unsupported("table " + table.name + " has the foreign-key index " + index.name +
+                         ", which this program does not maintain; it will not change the table");
     }
     for (const RealIndex& real : table.realIndexes) {
         for (const IndexColumn& indexed : real.columns) {
             const Column* column = table.columnByNumber(indexed.columnNumber);
             if (!column || !keyTypeSupported(*column))
-                return Error{"table " + table.name + " has an index over column " + (column ? column->name : "?") +
-                             ", whose key form this program does not maintain; it will not change the table"};
+                return unsupported("table " + table.name + " has an index over column " + (column ? column->name : "?") +
+                             ", whose key form this program does not maintain; it will not change the table");
         }
     }
     return Status::success();
@@ -87,7 +87,7 @@ Status TableWriter::writeCounts()
     for (std::size_t i = 0; i < table_.realIndexes.size(); ++i) {
         const std::size_t at = layout.tdefRealIndexStart + i * layout.realIndexCountEntrySize + 4;
         if (at + 4 > pager_.pageSize())
-            return Error{"table " + table_.name + ": index counts lie beyond the first definition page"};
+            return corruption("table " + table_.name + ": index counts lie beyond the first definition page");
         put32(**page, at, table_.realIndexes[i].distinctKeys);
     }
     return Status::success();
@@ -211,7 +211,7 @@ Result<std::vector<uint8_t>> TableWriter::prepareLongValue(const Column& column,
                                           ? encodeText(std::get<std::string>(value), column.compressedUnicode)
                                           : std::get<Bytes>(value);
     if (data.size() > LongValueReference::kLengthMask)
-        return Error{"column " + column.name + ": the value is too large"};
+        return invalidArgument("column " + column.name + ": the value is too large");
     std::vector<uint8_t> reference(LongValueReference::kSize, 0);
     const uint32_t length = uint32_t(data.size());
     if (data.size() <= kInlineLongValueLimit) {
@@ -249,8 +249,8 @@ Result<std::vector<uint8_t>> TableWriter::prepareLongValue(const Column& column,
 Result<std::vector<uint8_t>> TableWriter::encode(const std::vector<Value>& values)
 {
     if (values.size() != table_.columns.size())
-        return Error{"table " + table_.name + " has " + std::to_string(table_.columns.size()) + " columns, not " +
-                     std::to_string(values.size())};
+        return invalidArgument("table " + table_.name + " has " + std::to_string(table_.columns.size()) + " columns, not " +
+                     std::to_string(values.size()));
     std::map<std::size_t, std::vector<uint8_t>> longValues;
     for (std::size_t i = 0; i < values.size(); ++i) {
         const Column& column = table_.columns[i];
@@ -318,7 +318,7 @@ Status TableWriter::checkUnique(std::size_t indexNumber, const IndexEntry& entry
                 if (logical.realIndex == indexNumber)
                     name = logical.name;
             }
-            return Error{"table " + table_.name + ": a row with the same " + name + " exists already"};
+            return invalidArgument("table " + table_.name + ": a row with the same " + name + " exists already");
         }
     }
     return Status::success();
@@ -370,12 +370,12 @@ Status TableWriter::removeEntries(const std::vector<Value>& values, RowPointer r
 Result<RowPointer> TableWriter::append(std::vector<Value> values)
 {
     if (values.size() != table_.columns.size())
-        return Error{"table " + table_.name + " has " + std::to_string(table_.columns.size()) + " columns, not " +
-                     std::to_string(values.size())};
+        return invalidArgument("table " + table_.name + " has " + std::to_string(table_.columns.size()) + " columns, not " +
+                     std::to_string(values.size()));
     for (std::size_t i = 0; i < values.size(); ++i) {
         if (table_.columns[i].isAutonumber() && isNull(values[i])) {
             if (table_.nextAutonumber >= uint32_t(std::numeric_limits<int32_t>::max()))
-                return Error{"table " + table_.name + " has used all its autonumbers"};
+                return unsupported("table " + table_.name + " has used all its autonumbers");
             values[i] = int32_t(++table_.nextAutonumber);
         }
     }
@@ -400,13 +400,13 @@ Result<TableWriter::Stored> TableWriter::locate(RowPointer location)
         return page.error();
     const Page view{location.page, *page};
     if (view.type() != kDataPage || dataPageOwner(view) != table_.firstPage)
-        return Error{"table " + table_.name + ": page " + std::to_string(location.page) + " holds none of its rows"};
+        return notFound("table " + table_.name + ": page " + std::to_string(location.page) + " holds none of its rows");
     auto slots = readRowSlots(view, pager_.layout());
     if (!slots)
         return slots.error();
     if (location.row >= slots->size() || (*slots)[location.row].deleted)
-        return Error{"table " + table_.name + ": no row at page " + std::to_string(location.page) + ", row " +
-                     std::to_string(location.row)};
+        return notFound("table " + table_.name + ": no row at page " + std::to_string(location.page) + ", row " +
+                     std::to_string(location.row));
     const RowSlot& slot = (*slots)[location.row];
     Stored stored;
     stored.place = location;
@@ -517,7 +517,7 @@ namespace mdb {
 Status TableWriter::fillIndex(std::size_t realIndex)
 {
     if (realIndex >= table_.realIndexes.size())
-        return Error{"table " + table_.name + " has no index " + std::to_string(realIndex)};
+        return notFound("table " + table_.name + " has no index " + std::to_string(realIndex));
     auto owned = readUsageMap(pager_, table_.ownedPagesPointer, "table " + table_.name + ", owned-page map");
     if (!owned)
         return owned.error();
@@ -551,7 +551,7 @@ Status TableWriter::fillIndex(std::size_t realIndex)
     RealIndex& index = table_.realIndexes[realIndex];
     for (std::size_t i = 0; i < entries.size(); ++i) {
         if ((index.flags & RealIndex::kUniqueFlag) && i > 0 && entries[i].key == entries[i - 1].key)
-            return Error{"table " + table_.name + ": rows share a key of the new unique index"};
+            return invalidArgument("table " + table_.name + ": rows share a key of the new unique index");
         if (auto inserted = IndexWriter(indexPages_, allocator_, maps_, table_.firstPage, index).insert(entries[i]); !inserted)
             return inserted.error();
         if (i == 0 || entries[i].key != entries[i - 1].key)

@@ -33,18 +33,18 @@ Result<UsageMap> readUsageMap(Pager& pager, uint32_t pointer, const std::string&
         return within(what, row.error());
     const ByteView bytes = *row;
     if (bytes.empty())
-        return Error{what + ": the map's row is empty"};
+        return corruption(what + ": the map's row is empty");
 
     const uint8_t kind = bytes.u8(0);
     if (kind == uint8_t(UsageMap::Kind::Inline)) {
         if (!bytes.has(0, kInlineHeader))
-            return Error{what + ": the map's row is cut short"};
+            return corruption(what + ": the map's row is cut short");
         map.firstPage = bytes.u32(1);
         collectBits(bytes.from(kInlineHeader), map.firstPage, pager.pageCount(), map.pages);
         return map;
     }
     if (kind != uint8_t(UsageMap::Kind::Reference))
-        return Error{what + ": unknown map kind " + std::to_string(kind)};
+        return corruption(what + ": unknown map kind " + std::to_string(kind));
 
     map.kind = UsageMap::Kind::Reference;
     const Layout& layout = pager.layout();

@@ -67,13 +67,13 @@ Result<std::vector<uint8_t>> UsageMapEditor::readRow(RowPointer where)
     if (!page)
         return page.error();
     if ((**page)[0] != kDataPage)
-        return Error{"usage map page " + std::to_string(where.page) + " is not a data page"};
+        return corruption("usage map page " + std::to_string(where.page) + " is not a data page");
     DataPageEditor editor(**page, pager_.layout());
     if (where.row >= editor.rowCount())
-        return Error{"usage map row " + std::to_string(where.row) + " of page " + std::to_string(where.page) + " is missing"};
+        return corruption("usage map row " + std::to_string(where.row) + " of page " + std::to_string(where.page) + " is missing");
     const ByteView bytes = editor.row(where.row);
     if (bytes.size() < kInlineHeader)
-        return Error{"usage map on page " + std::to_string(where.page) + " is cut short"};
+        return corruption("usage map on page " + std::to_string(where.page) + " is cut short");
     return std::vector<uint8_t>(bytes.data(), bytes.data() + bytes.size());
 }
 
@@ -91,7 +91,7 @@ Status UsageMapEditor::setInReference(std::vector<uint8_t>& row, uint32_t page, 
     const std::size_t slot = page / pagesPerMapPage();
     const std::size_t at = 1 + slot * 4;
     if (at + 4 > row.size())
-        return Error{"page " + std::to_string(page) + " lies beyond what a usage map can describe"};
+        return unsupported("page " + std::to_string(page) + " lies beyond what a usage map can describe");
     uint32_t mapPage = get32(row, at);
     if (mapPage == 0) {
         if (!used)
@@ -111,7 +111,7 @@ Status UsageMapEditor::setInReference(std::vector<uint8_t>& row, uint32_t page, 
     if (!bytes)
         return bytes.error();
     if ((**bytes)[0] != kUsageMapPage)
-        return Error{"page " + std::to_string(mapPage) + " should be a usage map page"};
+        return corruption("page " + std::to_string(mapPage) + " should be a usage map page");
     setBit((*bytes)->data() + pager_.layout().usageMapPageHeader, page % pagesPerMapPage(), used);
     return Status::success();
 }
@@ -155,7 +155,7 @@ Status UsageMapEditor::add(uint32_t mapPointer, uint32_t page)
         return row.error();
     Status added = (*row)[0] == kInlineKind ? addInline(*row, page)
                    : (*row)[0] == kReferenceKind ? setInReference(*row, page, true)
-                                                 : Status(Error{"unknown usage map kind"});
+                                                 : Status(corruption("unknown usage map kind"));
     if (!added)
         return added;
     return writeRow(where, *row);
