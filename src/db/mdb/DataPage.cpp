@@ -4,7 +4,6 @@ namespace mdb {
 
 namespace {
 
-constexpr std::size_t kOwnerOffset = 4;
 constexpr int kMaxOverflowHops = 2;  // a pointer, then the row it points to
 
 std::string where(const Page& page)
@@ -16,16 +15,21 @@ std::string where(const Page& page)
 
 uint32_t dataPageOwner(const Page& page)
 {
-    return page.view().u32(kOwnerOffset);
+    return page.view().u32(kPageOwnerOffset);
 }
 
 Result<std::vector<RowSlot>> readRowSlots(const Page& page, const Layout& layout)
 {
-    const ByteView view = page.view();
+    return checkRowSlots(page.view(), layout, page.number);
+}
+
+Result<std::vector<RowSlot>> checkRowSlots(ByteView view, const Layout& layout, uint32_t number)
+{
+    const std::string where = "data page " + std::to_string(number);
     const uint16_t count = view.u16(layout.dataRowCountOffset);
     const std::size_t tableEnd = layout.dataFirstRowOffset + std::size_t(count) * 2;
     if (tableEnd > view.size())
-        return corruption(where(page) + ": row count " + std::to_string(count) + " does not fit the page");
+        return corruption(where + ": row count " + std::to_string(count) + " does not fit the page");
 
     std::vector<RowSlot> slots;
     slots.reserve(count);
@@ -40,7 +44,7 @@ Result<std::vector<RowSlot>> readRowSlots(const Page& page, const Layout& layout
         if (slot.start < tableEnd || slot.start > previousStart) {
             // A deleted row's offset may be stale; it is never read.
             if (!slot.deleted)
-                return corruption(where(page) + ": row " + std::to_string(i) + " offset " + std::to_string(slot.start) +
+                return corruption(where + ": row " + std::to_string(i) + " offset " + std::to_string(slot.start) +
                              " lies outside the row area");
             slot.start = slot.end = uint16_t(previousStart);
         }

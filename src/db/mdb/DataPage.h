@@ -15,13 +15,11 @@ struct RowSlot {
     bool overflow = false;  // the row holds a pointer to where the row now lives
 };
 
-constexpr uint16_t kRowDeletedFlag = 0x8000;
-constexpr uint16_t kRowOverflowFlag = 0x4000;
-constexpr uint16_t kRowOffsetMask = 0x1FFF;
-
 // The row slots of a data page, checked: every row lies inside the page,
 // after the offset table, and before the row stored ahead of it.
 Result<std::vector<RowSlot>> readRowSlots(const Page& page, const Layout& layout);
+// The same check of a page's bytes; `number` names the page in messages.
+Result<std::vector<RowSlot>> checkRowSlots(ByteView page, const Layout& layout, uint32_t number);
 
 // The table page a data page belongs to ("LVAL" pages of long values give
 // 0x4C41564C).

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "db/mdb/ByteView.h"
+#include "db/mdb/Format.h"
 #include "db/mdb/Layout.h"
 #include "db/mdb/Result.h"
 
@@ -10,6 +11,8 @@
 
 namespace mdb {
 
+class Pager;
+
 // Changes the rows of one data page in place (FORMAT.md "Data pages"),
 // keeping the page's invariants after every operation:
 //  - the row offset table follows the header and has one entry per row;
@@ -17,23 +20,28 @@ namespace mdb {
 //    at the end of the page, row i ends where row i - 1 starts;
 //  - the free-space field equals the bytes between the offset table and the
 //    lowest row.
-// A deleted row keeps its number and occupies no bytes. The editor assumes
-// a page that already holds these invariants (the engine's own, or one the
-// reader checked).
+// A deleted row keeps its number and occupies no bytes.
+//
+// A page is checked before anything is changed (open): a page that is not a
+// data page, whose offset table does not fit, or whose live rows lie outside
+// the row area or out of order is refused with an error naming the page, and
+// nothing is written. Every write goes through a bounds-checked ByteWriter.
 class DataPageEditor {
 public:
-    static constexpr int kMaxRows = 255;  // a data pointer's row is one byte
-
-    DataPageEditor(std::vector<uint8_t>& page, const Layout& layout);
+    // Checks `page` (page number `number`, for messages) and prepares to edit it.
+    static Result<DataPageEditor> open(std::vector<uint8_t>& page, const Layout& layout, uint32_t number);
+    // The page from the pager's pending changes, checked.
+    static Result<DataPageEditor> edit(Pager& pager, uint32_t number);
 
     // Makes `page` an empty data page owned by `owner` (a table's first
-    // definition page, or kLongValueOwner).
+    // definition page, kLongValueOwner or kUsageMapOwner).
     static void initialise(std::vector<uint8_t>& page, const Layout& layout, uint32_t owner);
-    static constexpr uint32_t kLongValueOwner = 0x4C41564C;  // "LVAL"
 
-    int rowCount() const;
+    int rowCount() const { return int(slots_.size()); }
     // Bytes free for rows and their offset entries.
     std::size_t freeSpace() const;
+    // The free space of a page not (yet) opened; 0 for a page whose offset
+    // table does not fit.
     static std::size_t freeSpaceOf(ByteView page, const Layout& layout);
     // The largest row that fits on an empty page.
     static std::size_t maxRowSize(const Layout& layout);
@@ -53,18 +61,20 @@ public:
 
 private:
     struct Slot {
-        std::vector<uint8_t> bytes;
+        uint16_t start = 0;
+        uint16_t end = 0;
         uint16_t flags = 0;
     };
-    std::vector<Slot> slots() const;
-    void rewrite(const std::vector<Slot>& slots);
-    std::size_t offsetEntry(int row) const;
-    uint16_t rowStart(int row) const;
-    uint16_t rowEnd(int row) const;
-    void setFreeSpace();
+    DataPageEditor(std::vector<uint8_t>& page, const Layout& layout, uint32_t number, std::vector<Slot> slots);
+    std::size_t offsetEntry(std::size_t row) const;
+    std::size_t lowestRow() const;
+    Status rewrite(std::vector<std::vector<uint8_t>> rows, std::vector<uint16_t> flags);
+    Error damaged(const std::string& what) const;
 
-    std::vector<uint8_t>& page_;
-    const Layout& layout_;
+    std::vector<uint8_t>* page_;
+    const Layout* layout_;
+    uint32_t number_;
+    std::vector<Slot> slots_;
 };
 
 }  // namespace mdb

@@ -13,7 +13,6 @@ namespace mdb {
 
 namespace {
 
-constexpr uint32_t kCatalogPage = 2;
 constexpr int16_t kTableObjectType = 1;
 constexpr uint32_t kPageNumberMask = 0x00FFFFFF;
 

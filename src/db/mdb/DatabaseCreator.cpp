@@ -10,7 +10,6 @@ namespace mdb {
 
 namespace {
 
-constexpr uint32_t kCatalogPage = 2;
 constexpr uint32_t kSystemObjectFlag = 0x80000000;
 constexpr int32_t kRootContainerId = 0x0F000000;
 constexpr int32_t kTablesContainerId = 0x0F000001;
@@ -22,7 +21,6 @@ constexpr uint32_t kSortOrder = 0x0409;
 constexpr std::size_t kPasswordOffset = 0x42;
 constexpr std::size_t kPasswordLength = 40;
 constexpr std::size_t kCreationDateOffset = 0x72;
-constexpr std::size_t kGlobalMapBitmapBytes = 64;
 
 void put16(std::vector<uint8_t>& bytes, std::size_t at, uint16_t value)
 {
@@ -67,13 +65,13 @@ std::vector<uint8_t> headerPage(const Layout& layout, DateTime created)
 // second, empty map as Access keeps one.
 void globalMapPage(std::vector<uint8_t>& page, const Layout& layout)
 {
-    DataPageEditor::initialise(page, layout, 1);
-    std::vector<uint8_t> map(5 + kGlobalMapBitmapBytes, 0xFF);
-    std::fill(map.begin(), map.begin() + 5, 0);
+    DataPageEditor::initialise(page, layout, kGlobalMapPage);
+    std::vector<uint8_t> map(kMapRowSize, 0xFF);
+    std::fill(map.begin(), map.begin() + kInlineMapHeader, 0);
     map[5] = 0xF8;  // pages 0, 1 and 2 used
-    DataPageEditor editor(page, layout);
-    (void)editor.insert(map);
-    (void)editor.insert(std::vector<uint8_t>(5 + kGlobalMapBitmapBytes, 0));
+    auto editor = DataPageEditor::open(page, layout, kGlobalMapPage);
+    (void)editor->insert(map);
+    (void)editor->insert(std::vector<uint8_t>(kMapRowSize, 0));
 }
 
 std::vector<ColumnSpec> catalogColumns()

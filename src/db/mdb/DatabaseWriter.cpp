@@ -17,7 +17,6 @@ namespace {
 constexpr uint32_t kTablesContainerId = 0x0F000001;
 constexpr int16_t kTableType = 1;
 constexpr uint32_t kSystemObjectFlag = 0x80000000;
-constexpr uint32_t kMapPageOwner = 0;
 
 std::atomic<bool> verifyCommits{false};
 
@@ -26,25 +25,24 @@ Result<uint32_t> newMapRow(Pager& pager, PageAllocator& allocator, uint32_t& map
 {
     const std::vector<uint8_t> map = UsageMapEditor::emptyInlineMap();
     if (mapPage != 0) {
-        auto page = pager.modify(mapPage);
-        if (!page)
-            return page.error();
-        DataPageEditor editor(**page, pager.layout());
-        if (editor.canInsert(map.size())) {
-            auto row = editor.insert(map);
+        auto editor = DataPageEditor::edit(pager, mapPage);
+        if (!editor)
+            return editor.error();
+        if (editor->canInsert(map.size())) {
+            auto row = editor->insert(map);
             if (!row)
                 return row.error();
             return RowPointer{mapPage, *row}.pack();
         }
     }
-    auto allocated = allocator.allocateDataPage(kMapPageOwner);
+    auto allocated = allocator.allocateDataPage(kUsageMapOwner);
     if (!allocated)
         return allocated.error();
     mapPage = *allocated;
-    auto page = pager.modify(mapPage);
-    if (!page)
-        return page.error();
-    auto row = DataPageEditor(**page, pager.layout()).insert(map);
+    auto editor = DataPageEditor::edit(pager, mapPage);
+    if (!editor)
+        return editor.error();
+    auto row = editor->insert(map);
     if (!row)
         return row.error();
     return RowPointer{mapPage, *row}.pack();

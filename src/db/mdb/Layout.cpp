@@ -55,7 +55,6 @@ const Layout& jet3Layout()
         .indexPrefixLengthOffset = 0x14,
         .indexBitmaskOffset = 0x16,
         .indexFirstEntryOffset = 0xF8,
-        .usageMapPageHeader = 4,
     };
     return layout;
 }
@@ -113,7 +112,6 @@ const Layout& jet4Layout()
         .indexPrefixLengthOffset = 0x14,
         .indexBitmaskOffset = 0x1B,
         .indexFirstEntryOffset = 0x1E0,
-        .usageMapPageHeader = 4,
     };
     return layout;
 }

@@ -72,9 +72,6 @@ struct Layout {
     std::size_t indexPrefixLengthOffset;
     std::size_t indexBitmaskOffset;
     std::size_t indexFirstEntryOffset;
-
-    // Usage map pages (FORMAT.md "Usage maps").
-    std::size_t usageMapPageHeader;
 };
 
 const Layout& jet3Layout();

@@ -8,9 +8,14 @@ namespace mdb {
 // the file's global usage map (row 0 of page 1, a set bit marking a free
 // page; FORMAT.md "Usage maps") in step. Free pages inside the file are used
 // first; otherwise the file grows by a page and the map grows with it.
+//
+// The map is kept inline on page 1 while it fits there (about 32,000 pages,
+// 128 MB); beyond that it becomes a map by reference, whose bitmap pages
+// each describe 32,736 pages, as Access does. A file may grow to the
+// format's limit of 2 GB.
 class PageAllocator {
 public:
-    static constexpr uint32_t kGlobalMapPage = 1;
+    static constexpr uint32_t kMaxPages = 0x80000000u / 4096;  // 2 GB of 4 KB pages
 
     explicit PageAllocator(Pager& pager) : pager_(pager) {}
 
@@ -20,23 +25,16 @@ public:
     // A page, zero-filled, marked used in the global map.
     Result<uint32_t> allocate();
     // A new empty data page whose rows belong to `owner` (a table's first
-    // definition page, "LVAL" for long values, 0 for usage maps).
+    // definition page, kLongValueOwner or kUsageMapOwner).
     Result<uint32_t> allocateDataPage(uint32_t owner);
     // Marks a page free; its content no longer matters.
     Status release(uint32_t page);
 
 private:
-    struct GlobalMap {
-        std::vector<uint8_t> row;  // kind, first page, bitmap
-        uint32_t firstPage = 0;
-        std::size_t bits() const { return (row.size() - 5) * 8; }
-        bool isFree(uint32_t page) const;
-        void set(uint32_t page, bool free);
-    };
-    Result<GlobalMap> readMap();
-    Status writeMap(const GlobalMap& map);
+    class GlobalMap;
 
     Pager& pager_;
+    uint32_t searchFrom_ = 0;  // no page below this one is free
 };
 
 }  // namespace mdb

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "db/mdb/ByteView.h"
+#include "db/mdb/Format.h"
 #include "db/mdb/File.h"
 #include "db/mdb/Layout.h"
 #include "db/mdb/Result.h"
@@ -79,15 +80,6 @@ struct Page {
     uint8_t type() const { return view().u8(0); }
 };
 
-// Page type codes (FORMAT.md "Pages").
-enum PageType : uint8_t {
-    kHeaderPage = 0x00,
-    kDataPage = 0x01,
-    kTableDefinitionPage = 0x02,
-    kIndexNodePage = 0x03,
-    kIndexLeafPage = 0x04,
-    kUsageMapPage = 0x05,
-};
 
 // Reads a page and checks its type; the error names the page and what it was.
 Result<Page> readPageOfType(Pager& pager, uint32_t number, uint8_t type, const char* what);

@@ -1,5 +1,6 @@
 #include "db/mdb/TableWriter.h"
 
+#include "db/mdb/ByteWriter.h"
 #include "db/mdb/DataPage.h"
 #include "db/mdb/DataPageEditor.h"
 #include "db/mdb/GeneralSortOrder.h"
@@ -27,12 +28,6 @@ std::vector<uint8_t> pointerBytes(RowPointer pointer)
 {
     const uint32_t packed = pointer.pack();
     return {uint8_t(packed), uint8_t(packed >> 8), uint8_t(packed >> 16), uint8_t(packed >> 24)};
-}
-
-void put32(std::vector<uint8_t>& bytes, std::size_t at, uint32_t value)
-{
-    for (int i = 0; i < 4; ++i)
-        bytes[at + std::size_t(i)] = uint8_t(value >> (8 * i));
 }
 
 bool keyTypeSupported(const Column& column)
@@ -82,14 +77,15 @@ Status TableWriter::writeCounts()
     if (!page)
         return page.error();
     const Layout& layout = pager_.layout();
-    put32(**page, layout.tdefRowCountOffset, table_.rowCount);
-    put32(**page, layout.tdefAutonumberOffset, table_.nextAutonumber);
+    ByteWriter writer(**page);
+    writer.u32(layout.tdefRowCountOffset, table_.rowCount);
+    writer.u32(layout.tdefAutonumberOffset, table_.nextAutonumber);
     for (std::size_t i = 0; i < table_.realIndexes.size(); ++i) {
         const std::size_t at = layout.tdefRealIndexStart + i * layout.realIndexCountEntrySize + 4;
-        if (at + 4 > pager_.pageSize())
-            return corruption("table " + table_.name + ": index counts lie beyond the first definition page");
-        put32(**page, at, table_.realIndexes[i].distinctKeys);
+        writer.u32(at, table_.realIndexes[i].distinctKeys);
     }
+    if (!writer.ok())
+        return corruption("table " + table_.name + ": index counts lie beyond the first definition page");
     return Status::success();
 }
 
@@ -132,17 +128,16 @@ Result<RowPointer> TableWriter::tryPlaceOn(uint32_t candidate, const std::vector
         return RowPointer{};
     if (DataPageEditor::freeSpaceOf(view.view(), pager_.layout()) < bytes.size() + 2)
         return RowPointer{};
-    auto writable = pager_.modify(candidate);
-    if (!writable)
-        return writable.error();
-    DataPageEditor editor(**writable, pager_.layout());
-    if (!editor.canInsert(bytes.size()))
+    auto editor = DataPageEditor::edit(pager_, candidate);
+    if (!editor)
+        return within("table " + table_.name, editor.error());
+    if (!editor->canInsert(bytes.size()))
         return RowPointer{};
-    auto row = editor.insert(bytes, flags);
+    auto row = editor->insert(bytes, flags);
     if (!row)
         return row.error();
     insertPage_ = candidate;
-    if (editor.freeSpace() < kFreeMapThreshold) {
+    if (editor->freeSpace() < kFreeMapThreshold) {
         if (Status noted = maps_.remove(table_.freePagesPointer, candidate); !noted)
             return noted.error();
     }
@@ -154,16 +149,15 @@ Result<RowPointer> TableWriter::placeOnNewPage(const std::vector<uint8_t>& bytes
     auto allocated = allocator_.allocateDataPage(table_.firstPage);
     if (!allocated)
         return allocated.error();
-    auto page = pager_.modify(*allocated);
-    if (!page)
-        return page.error();
-    DataPageEditor editor(**page, pager_.layout());
-    auto row = editor.insert(bytes, flags);
+    auto editor = DataPageEditor::edit(pager_, *allocated);
+    if (!editor)
+        return editor.error();
+    auto row = editor->insert(bytes, flags);
     if (!row)
         return row.error();
     if (Status owned = maps_.add(table_.ownedPagesPointer, *allocated); !owned)
         return owned.error();
-    if (editor.freeSpace() >= kFreeMapThreshold) {
+    if (editor->freeSpace() >= kFreeMapThreshold) {
         if (Status noted = maps_.add(table_.freePagesPointer, *allocated); !noted)
             return noted.error();
     }
@@ -174,23 +168,19 @@ Result<RowPointer> TableWriter::placeOnNewPage(const std::vector<uint8_t>& bytes
 Result<RowPointer> TableWriter::storeLongValueRow(const Column& column, const std::vector<uint8_t>& bytes)
 {
     if (longValuePage_ != 0) {
-        auto page = pager_.modify(longValuePage_);
-        if (!page)
-            return page.error();
-        DataPageEditor editor(**page, pager_.layout());
-        if (editor.canInsert(bytes.size())) {
-            auto row = editor.insert(bytes);
+        auto editor = DataPageEditor::edit(pager_, longValuePage_);
+        if (!editor)
+            return editor.error();
+        if (editor->canInsert(bytes.size())) {
+            auto row = editor->insert(bytes);
             if (!row)
                 return row.error();
             return RowPointer{longValuePage_, *row};
         }
     }
-    auto allocated = allocator_.allocateDataPage(DataPageEditor::kLongValueOwner);
+    auto allocated = allocator_.allocateDataPage(kLongValueOwner);
     if (!allocated)
         return allocated.error();
-    auto page = pager_.modify(*allocated);
-    if (!page)
-        return page.error();
     for (const LongValueMaps& maps : table_.longValueMaps) {
         if (maps.columnNumber == column.number) {
             if (Status owned = maps_.add(maps.ownedPagesPointer, *allocated); !owned)
@@ -198,8 +188,10 @@ Result<RowPointer> TableWriter::storeLongValueRow(const Column& column, const st
         }
     }
     longValuePage_ = *allocated;
-    DataPageEditor editor(**page, pager_.layout());
-    auto row = editor.insert(bytes);
+    auto editor = DataPageEditor::edit(pager_, *allocated);
+    if (!editor)
+        return editor.error();
+    auto row = editor->insert(bytes);
     if (!row)
         return row.error();
     return RowPointer{*allocated, *row};
@@ -215,7 +207,7 @@ Result<std::vector<uint8_t>> TableWriter::prepareLongValue(const Column& column,
     std::vector<uint8_t> reference(LongValueReference::kSize, 0);
     const uint32_t length = uint32_t(data.size());
     if (data.size() <= kInlineLongValueLimit) {
-        put32(reference, 0, length | LongValueReference::kInlineFlag);
+        ByteWriter(reference).u32(0, length | LongValueReference::kInlineFlag);
         reference.insert(reference.end(), data.begin(), data.end());
         return reference;
     }
@@ -224,8 +216,9 @@ Result<std::vector<uint8_t>> TableWriter::prepareLongValue(const Column& column,
         auto where = storeLongValueRow(column, data);
         if (!where)
             return where.error();
-        put32(reference, 0, length | LongValueReference::kSinglePageFlag);
-        put32(reference, 4, where->pack());
+        ByteWriter writer(reference);
+        writer.u32(0, length | LongValueReference::kSinglePageFlag);
+        writer.u32(4, where->pack());
         return reference;
     }
     // A chain of pieces, each naming the next; stored last first.
@@ -241,8 +234,9 @@ Result<std::vector<uint8_t>> TableWriter::prepareLongValue(const Column& column,
         next = *where;
         end = start;
     }
-    put32(reference, 0, length);
-    put32(reference, 4, next.pack());
+    ByteWriter writer(reference);
+    writer.u32(0, length);
+    writer.u32(4, next.pack());
     return reference;
 }
 
@@ -448,12 +442,11 @@ Status TableWriter::update(RowPointer location, std::vector<Value> values)
     if (Status added = addEntries(values, location); !added)
         return added;
 
-    auto page = pager_.modify(stored->place.page);
-    if (!page)
-        return page.error();
-    DataPageEditor editor(**page, pager_.layout());
-    if (editor.canReplace(stored->place.row, bytes->size())) {
-        if (Status replaced = editor.replace(stored->place.row, *bytes, stored->flags); !replaced)
+    auto editor = DataPageEditor::edit(pager_, stored->place.page);
+    if (!editor)
+        return within("table " + table_.name, editor.error());
+    if (editor->canReplace(stored->place.row, bytes->size())) {
+        if (Status replaced = editor->replace(stored->place.row, *bytes, stored->flags); !replaced)
             return replaced;
         if (Status noted = noteFreeSpace(stored->place.page); !noted)
             return noted;
@@ -464,19 +457,23 @@ Status TableWriter::update(RowPointer location, std::vector<Value> values)
     if (!moved)
         return moved.error();
     if (stored->moved) {
-        auto oldPage = pager_.modify(stored->place.page);
-        if (!oldPage)
-            return oldPage.error();
-        if (Status removed = DataPageEditor(**oldPage, pager_.layout()).remove(stored->place.row); !removed)
+        if (Status removed = removeStoredRow(stored->place); !removed)
             return removed;
     }
-    auto home = pager_.modify(location.page);
+    auto home = DataPageEditor::edit(pager_, location.page);
     if (!home)
-        return home.error();
-    DataPageEditor homeEditor(**home, pager_.layout());
-    if (Status pointed = homeEditor.replace(location.row, pointerBytes(*moved), kRowOverflowFlag); !pointed)
+        return within("table " + table_.name, home.error());
+    if (Status pointed = home->replace(location.row, pointerBytes(*moved), kRowOverflowFlag); !pointed)
         return within("table " + table_.name, pointed.error());
     return writeCounts();
+}
+
+Status TableWriter::removeStoredRow(RowPointer location)
+{
+    auto editor = DataPageEditor::edit(pager_, location.page);
+    if (!editor)
+        return within("table " + table_.name, editor.error());
+    return editor->remove(location.row);
 }
 
 Status TableWriter::remove(RowPointer location)
@@ -490,18 +487,12 @@ Status TableWriter::remove(RowPointer location)
     if (Status removed = removeEntries(*old, location); !removed)
         return removed;
     if (stored->moved) {
-        auto page = pager_.modify(stored->place.page);
-        if (!page)
-            return page.error();
-        if (Status removed = DataPageEditor(**page, pager_.layout()).remove(stored->place.row); !removed)
+        if (Status removed = removeStoredRow(stored->place); !removed)
             return removed;
         if (Status noted = noteFreeSpace(stored->place.page); !noted)
             return noted;
     }
-    auto page = pager_.modify(location.page);
-    if (!page)
-        return page.error();
-    if (Status removed = DataPageEditor(**page, pager_.layout()).remove(location.row); !removed)
+    if (Status removed = removeStoredRow(location); !removed)
         return removed;
     if (Status noted = noteFreeSpace(location.page); !noted)
         return noted;

@@ -58,6 +58,7 @@ private:
     Result<bool> sameKeyElsewhere(const RealIndex& index, const IndexEntry& entry, IndexWriter::SameKey known);
     Status addEntries(const std::vector<Value>& values, RowPointer row);
     Status removeEntries(const std::vector<Value>& values, RowPointer row);
+    Status removeStoredRow(RowPointer location);
     Status writeCounts();
     Status noteFreeSpace(uint32_t page);
 

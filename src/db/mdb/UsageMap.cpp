@@ -6,7 +6,6 @@ namespace mdb {
 
 namespace {
 
-constexpr std::size_t kInlineHeader = 5;     // kind, first page
 constexpr std::size_t kReferenceHeader = 1;  // kind
 
 void collectBits(ByteView bitmap, uint64_t firstPage, uint32_t pageCount, std::vector<uint32_t>& pages)
@@ -36,21 +35,25 @@ Result<UsageMap> readUsageMap(Pager& pager, uint32_t pointer, const std::string&
         return corruption(what + ": the map's row is empty");
 
     const uint8_t kind = bytes.u8(0);
-    if (kind == uint8_t(UsageMap::Kind::Inline)) {
-        if (!bytes.has(0, kInlineHeader))
+    if (kind == kInlineMapKind) {
+        if (!bytes.has(0, kInlineMapHeader))
             return corruption(what + ": the map's row is cut short");
         map.firstPage = bytes.u32(1);
-        collectBits(bytes.from(kInlineHeader), map.firstPage, pager.pageCount(), map.pages);
+        collectBits(bytes.from(kInlineMapHeader), map.firstPage, pager.pageCount(), map.pages);
         return map;
     }
-    if (kind != uint8_t(UsageMap::Kind::Reference))
+    if (kind != kReferenceMapKind)
         return corruption(what + ": unknown map kind " + std::to_string(kind));
 
     map.kind = UsageMap::Kind::Reference;
     const Layout& layout = pager.layout();
-    const std::size_t pagesPerMapPage = (layout.pageSize - layout.usageMapPageHeader) * 8;
+    const std::size_t pagesPerMapPage = (layout.pageSize - kMapPageHeader) * 8;
     for (std::size_t at = kReferenceHeader; at + 4 <= bytes.size(); at += 4) {
-        const uint32_t mapPage = bytes.u32(at);
+        uint32_t mapPage = bytes.u32(at);
+        if (!isMapPagePointer(mapPage)) {
+            map.unusedSlots = map.unusedSlots || mapPage != 0;
+            mapPage = 0;
+        }
         map.mapPages.push_back(mapPage);
         if (mapPage == 0)
             continue;
@@ -58,7 +61,7 @@ Result<UsageMap> readUsageMap(Pager& pager, uint32_t pointer, const std::string&
         if (!page)
             return within(what, page.error());
         const uint64_t first = uint64_t(map.mapPages.size() - 1) * pagesPerMapPage;
-        collectBits(page->view().from(layout.usageMapPageHeader), first, pager.pageCount(), map.pages);
+        collectBits(page->view().from(kMapPageHeader), first, pager.pageCount(), map.pages);
     }
     return map;
 }

@@ -18,7 +18,16 @@ struct UsageMap {
     uint32_t firstPage = 0;              // inline: the page of bit 0
     std::vector<uint32_t> mapPages;      // reference: the bitmap pages, 0 where none
     std::vector<uint32_t> pages;         // the pages whose bit is set, ascending
+    bool unusedSlots = false;            // reference: slots holding Access's "unused" value
 };
+
+// Whether a slot of a map by reference names a map page. 0 means none, and
+// Access leaves values with the top bit set (0xFFFFFF80) in slots it does
+// not use.
+inline bool isMapPagePointer(uint32_t slot)
+{
+    return slot != 0 && (slot & 0x80000000u) == 0;
+}
 
 // Reads the map kept in the row at `pointer`. Set bits for pages beyond the
 // end of the file are ignored. `what` names the map in messages.

@@ -17,7 +17,7 @@ public:
     Status add(uint32_t mapPointer, uint32_t page);
     Status remove(uint32_t mapPointer, uint32_t page);
 
-    // A new empty inline map row of the usual size (69 bytes).
+    // A new empty inline map row of the usual size (kMapRowSize).
     static std::vector<uint8_t> emptyInlineMap();
 
 private:
