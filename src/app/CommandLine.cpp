@@ -4,6 +4,7 @@
 
 #include "db/NimbrelSchema.h"
 #include "db/mdb/Database.h"
+#include "db/mdb/DatabaseWriter.h"
 #include "db/mdb/Verifier.h"
 #include "errors/ErrorLogFile.h"
 #include "errors/ErrorReporter.h"
@@ -36,7 +37,10 @@ const char* const kUsage =
     "  create-db FILE       make a new Access database with Nimbrel's tables\n"
     "                       (History, Sources, Favorites, Traces, DayDiary); never\n"
     "                       writes over an existing file.\n"
-    "  verify-db FILE       check an Access database's rows, indexes and page maps.\n"
+    "  verify-db FILE [--repair] check an Access database's rows, indexes and page\n"
+    "                       maps; notes list what Access itself leaves behind. With\n"
+    "                       --repair, first rewrite what earlier versions of Nimbrel\n"
+    "                       wrote in forms other programs cannot read.\n"
     "  simulate FILE [--once] be a weather station: write a current-data file to FILE\n"
     "                       now and as every minute begins (with --once: now only).\n"
     "  --demo               start the window on the demo station (its own database,\n"
@@ -199,23 +203,49 @@ int runCreateDb(const QStringList& arguments)
     return 0;
 }
 
+// Rewrites what earlier versions wrote in forms other programs cannot read
+// (a change with nothing else in it does just that).
+mdb::Status repairDatabase(const std::string& path)
+{
+    auto database = mdb::Database::open(path, mdb::OpenMode::ReadWrite);
+    if (!database)
+        return database.error();
+    mdb::DatabaseWriter writer(**database);
+    return writer.commit();
+}
+
 int runVerifyDb(const QStringList& arguments)
 {
-    if (arguments.size() != 1) {
-        QTextStream(stderr) << "nimbrel verify-db: give a database file\n";
+    const bool repair = arguments.contains(u"--repair"_qs);
+    const QStringList files = QStringList(arguments).filter(QRegularExpression("^(?!--repair$)"));
+    if (files.size() != 1) {
+        QTextStream(stderr) << "nimbrel verify-db: give a database file (nimbrel verify-db FILE [--repair])\n";
         return 2;
     }
-    auto database = mdb::Database::open(arguments.first().toStdString());
+    const std::string path = files.first().toStdString();
+    if (repair) {
+        if (mdb::Status repaired = repairDatabase(path); !repaired) {
+            QTextStream(stderr) << "nimbrel verify-db: " << QString::fromStdString(repaired.error().message) << '\n';
+            return 1;
+        }
+    }
+    auto database = mdb::Database::open(path);
     if (!database) {
         QTextStream(stderr) << "nimbrel verify-db: " << QString::fromStdString(database.error().message) << '\n';
         return 1;
     }
-    const std::vector<std::string> problems = mdb::verifyDatabase(**database);
+    const mdb::VerifyReport report = mdb::verifyDatabase(**database);
     QTextStream out(stdout);
-    for (const std::string& problem : problems)
+    for (const std::string& problem : report.problems)
         out << QString::fromStdString(problem) << '\n';
-    out << (problems.empty() ? "No problems found\n" : QStringLiteral("%1 problems found\n").arg(problems.size()));
-    return problems.empty() ? 0 : 1;
+    for (const std::string& note : report.notes)
+        out << "note: " << QString::fromStdString(note) << '\n';
+    if (report.problems.empty())
+        out << "No problems found" << (report.notes.empty() ? "" : QStringLiteral(" (%1 notes)").arg(report.notes.size()))
+            << '\n';
+    else
+        out << report.problems.size() << " problems found\n";
+    return report.problems.empty() ? 0 : 1;
 }
 
 int runSimulate(const QStringList& arguments)

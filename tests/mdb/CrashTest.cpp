@@ -31,7 +31,7 @@ std::vector<std::string> contentOf(MemoryFileSystem& files)
             text += toText(value) + "|";
         content.push_back(text);
     }
-    const auto problems = verifyDatabase(**database);
+    const auto problems = verifyDatabase(**database).problems;
     if (!problems.empty())
         content.push_back("inconsistent: " + problems.front());
     return content;

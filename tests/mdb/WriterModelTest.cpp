@@ -165,7 +165,7 @@ TEST(WriterModel, RandomChangesMatchAPlainModel)
         auto reopened = Database::open(files, kPath, OpenMode::ReadOnly);
         ASSERT_TRUE(reopened);
         expectSameRows(**reopened, committed);
-        const auto problems = verifyDatabase(**reopened);
+        const auto problems = verifyDatabase(**reopened).problems;
         EXPECT_TRUE(problems.empty()) << problems.front();
         model = committed;
         // Autonumbers continue from the definition's count after a rollback.

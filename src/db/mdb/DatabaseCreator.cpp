@@ -18,8 +18,6 @@ constexpr int32_t kRelationshipsContainerId = 0x0F000003;
 constexpr int32_t kDatabaseObjectId = 0x10000000;
 constexpr uint16_t kCodePage = 1252;
 constexpr uint32_t kSortOrder = 0x0409;
-constexpr std::size_t kPasswordOffset = 0x42;
-constexpr std::size_t kPasswordLength = 40;
 constexpr std::size_t kCreationDateOffset = 0x72;
 
 void put16(std::vector<uint8_t>& bytes, std::size_t at, uint16_t value)
@@ -46,18 +44,12 @@ std::vector<uint8_t> headerPage(const Layout& layout, DateTime created)
     page[0x14] = 0x01;  // Jet 4
     put16(page, layout.codePageOffset, kCodePage);
     put32(page, layout.databaseKeyOffset, 0);
-    // The password is masked with the creation date's whole days; an empty
-    // password is the mask itself.
-    const uint32_t mask = uint32_t(int32_t(std::trunc(created.days)));
-    for (std::size_t i = 0; i < kPasswordLength; ++i) {
-        const std::size_t at = kPasswordOffset + i;
-        page[at] = uint8_t(mask >> (8 * (at % 4)));
-    }
     put32(page, layout.sortOrderOffset, kSortOrder);
     uint64_t bits;
     std::memcpy(&bits, &created.days, sizeof bits);
     for (int i = 0; i < 8; ++i)
         page[kCreationDateOffset + std::size_t(i)] = uint8_t(bits >> (8 * i));
+    writeEmptyPassword(page);
     return unmaskHeader(page, layout);
 }
 

@@ -134,7 +134,46 @@ Result<DatabaseWriter::TableState*> DatabaseWriter::state(const std::string& tab
         return definition.error();
     if (Status writable = TableWriter::checkWritable(*definition); !writable)
         return writable.error();
+    if (Status rewritten = takeEarlierIndexPages(*definition); !rewritten)
+        return rewritten.error();
     return &adopt(std::move(*definition));
+}
+
+Status DatabaseWriter::takeEarlierIndexPages(const TableDefinition& table)
+{
+    for (const RealIndex& index : table.realIndexes) {
+        if (indexPages_.holds(index.rootPage))
+            continue;  // taken in already, or changed: no longer as in the file
+        auto form = indexTreeForm(database_.pager(), index.rootPage);
+        if (!form)
+            return within("table " + table.name, form.error());
+        if (*form != IndexPageForm::Access) {
+            if (Status taken = indexPages_.adoptTree(index.rootPage, *form); !taken)
+                return within("table " + table.name, taken.error());
+        }
+    }
+    return Status::success();
+}
+
+Status DatabaseWriter::rewriteEarlierForms()
+{
+    for (const TableEntry& entry : database_.tables()) {
+        if (tables_.count(entry.name))
+            continue;
+        auto definition = database_.definition(entry.name);
+        if (!definition)
+            return definition.error();
+        if (Status rewritten = takeEarlierIndexPages(*definition); !rewritten)
+            return rewritten;
+    }
+    if (database_.header().misalignedPasswordMask) {
+        Pager& pager = database_.pager();
+        auto page = pager.modify(0);
+        if (!page)
+            return page.error();
+        **page = alignedPasswordMask(**page, pager.layout());
+    }
+    return Status::success();
 }
 
 Result<TableDefinition*> DatabaseWriter::definition(const std::string& table)
@@ -288,7 +327,9 @@ Result<std::vector<Row>> DatabaseWriter::find(const std::string& table, const st
 
 Status DatabaseWriter::commit()
 {
-    Status committed = indexPages_.flush();
+    Status committed = rewriteEarlierForms();
+    if (committed)
+        committed = indexPages_.flush();
     if (committed)
         committed = database_.commit();
     if (!committed) {
@@ -298,9 +339,9 @@ Status DatabaseWriter::commit()
     if (Status reloaded = database_.reloadCatalog(); !reloaded)
         return reloaded;
     if (verifyCommits) {
-        const std::vector<std::string> problems = verifyDatabase(database_);
-        if (!problems.empty())
-            return corruption("the database failed its check after the change: " + problems.front());
+        const VerifyReport report = verifyDatabase(database_);
+        if (!report.problems.empty())
+            return corruption("the database failed its check after the change: " + report.problems.front());
     }
     return Status::success();
 }

@@ -49,6 +49,14 @@ private:
     Result<TableState*> state(const std::string& table);
     TableState& adopt(TableDefinition definition);
     Status addCatalogRow(const TableDefinition& table, bool system);
+    // Takes into the index cache the trees of `table` written in an earlier
+    // engine's form, so that they are read right and written back in
+    // Access's form.
+    Status takeEarlierIndexPages(const TableDefinition& table);
+    // Every change also rewrites what earlier versions of this engine wrote
+    // in forms other programs cannot read: index pages (of every table) and
+    // the header page's password mask.
+    Status rewriteEarlierForms();
     template <typename T>
     T failed(T error)
     {

@@ -129,7 +129,7 @@ void writeRealIndex(Writer& out, const RealIndex& real)
     for (int slot = 0; slot < kIndexColumnSlots; ++slot) {
         if (std::size_t(slot) < real.columns.size()) {
             out.u16(real.columns[std::size_t(slot)].columnNumber);
-            out.u8(real.columns[std::size_t(slot)].ascending ? 0x01 : 0x02);
+            out.u8(real.columns[std::size_t(slot)].ascending ? kAscendingColumnFlag : 0);
         } else {
             out.u16(kNoColumn);
             out.u8(0);

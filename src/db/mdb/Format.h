@@ -45,6 +45,9 @@ constexpr std::size_t kMapPageHeader = 4;            // 05 01 00 00 before a usa
 constexpr std::size_t kIndexRowPointerSize = 4;      // 3-byte page, 1-byte row, big-endian
 constexpr std::size_t kIndexChildPointerSize = 4;    // big-endian
 
+// "Table definitions": the order byte of an index column.
+constexpr uint8_t kAscendingColumnFlag = 0x01;  // clear: descending
+
 // "Index keys".
 constexpr uint8_t kKeyValueFlag = 0x7F;
 constexpr uint8_t kKeyNullFlag = 0x00;

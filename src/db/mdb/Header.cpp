@@ -1,9 +1,11 @@
 #include "db/mdb/Header.h"
 
 #include "db/mdb/ByteView.h"
+#include "db/mdb/ByteWriter.h"
 #include "db/mdb/Rc4.h"
 
 #include <array>
+#include <cmath>
 #include <cstring>
 
 namespace mdb {
@@ -14,6 +16,29 @@ constexpr std::array<uint8_t, 4> kHeaderMaskKey = {0xC7, 0xDA, 0x39, 0x6B};
 constexpr std::size_t kVersionOffset = 0x14;
 constexpr char kJetSignature[] = "Standard Jet DB";
 constexpr char kAceSignature[] = "Standard ACE DB";
+constexpr std::size_t kPasswordOffset = 0x42;  // Jet 4, in the masked area
+constexpr std::size_t kPasswordLength = 40;
+constexpr std::size_t kCreationDateOffset = 0x72;
+
+// The 4 bytes each password byte is XORed with, in turn: the whole days of
+// the creation date, little-endian.
+std::array<uint8_t, 4> passwordMask(ByteView unmasked)
+{
+    const auto days = uint32_t(int32_t(std::trunc(unmasked.f64(kCreationDateOffset))));
+    return {uint8_t(days), uint8_t(days >> 8), uint8_t(days >> 16), uint8_t(days >> 24)};
+}
+
+// Whether the password bytes are the mask alone (an empty password), with
+// the mask's first byte at password byte `shift`.
+bool emptyPassword(ByteView unmasked, std::size_t shift)
+{
+    const std::array<uint8_t, 4> mask = passwordMask(unmasked);
+    for (std::size_t i = 0; i < kPasswordLength; ++i) {
+        if (unmasked.u8(kPasswordOffset + i) != mask[(i + shift) % 4])
+            return false;
+    }
+    return true;
+}
 
 }  // namespace
 
@@ -24,6 +49,21 @@ std::vector<uint8_t> unmaskHeader(std::span<const uint8_t> page, const Layout& l
     if (bytes.size() >= end)
         rc4Apply(kHeaderMaskKey, std::span(bytes).subspan(layout.headerMaskOffset, layout.headerMaskLength));
     return bytes;
+}
+
+void writeEmptyPassword(std::vector<uint8_t>& unmaskedPage)
+{
+    const std::array<uint8_t, 4> mask = passwordMask(ByteView(unmaskedPage));
+    ByteWriter writer(unmaskedPage);
+    for (std::size_t i = 0; i < kPasswordLength; ++i)
+        writer.u8(kPasswordOffset + i, mask[i % 4]);
+}
+
+std::vector<uint8_t> alignedPasswordMask(std::span<const uint8_t> page, const Layout& layout)
+{
+    std::vector<uint8_t> unmasked = unmaskHeader(page, layout);
+    writeEmptyPassword(unmasked);
+    return unmaskHeader(unmasked, layout);
 }
 
 Result<HeaderInfo> readHeader(std::span<const uint8_t> firstBytes)
@@ -54,6 +94,14 @@ Result<HeaderInfo> readHeader(std::span<const uint8_t> firstBytes)
     info.databaseKey = header.u32(info.layout->databaseKeyOffset);
     if (info.databaseKey != 0)
         return unsupported("header page: the database is encrypted; encrypted databases are not supported");
+    if (!emptyPassword(header, 0)) {
+        // The earlier engine's mask started at the byte of the page offset
+        // (0x42 % 4), not at the password's first byte.
+        if (!emptyPassword(header, kPasswordOffset % 4))
+            return unsupported("header page: the database is protected by a password; remove the password in "
+                               "Access (Database Tools, Decrypt Database) to use it here");
+        info.misalignedPasswordMask = true;
+    }
     return info;
 }
 

@@ -9,8 +9,6 @@ namespace mdb {
 
 namespace {
 
-constexpr uint8_t kValueFlag = 0x7F;
-constexpr uint8_t kNullFlag = 0x00;
 
 void appendBigEndian(std::vector<uint8_t>& key, uint64_t bits, int bytes)
 {
@@ -88,7 +86,7 @@ Status appendValueBytes(std::vector<uint8_t>& key, const Column& column, const V
             if (column.sortOrder != kGeneralSortOrder)
                 return unsupported("column " + column.name + " uses sort order " + std::to_string(column.sortOrder) +
                              "; only the General sort order is supported");
-            auto text = generalTextKey(*v);
+            auto text = generalTextKey(utf8ToUtf16(*v));
             if (!text)
                 return within("column " + column.name, text.error());
             key.insert(key.end(), text->begin(), text->end());
@@ -107,9 +105,9 @@ Status appendKeyColumn(std::vector<uint8_t>& key, const Column& column, bool asc
 {
     const std::size_t start = key.size();
     if (isNull(value)) {
-        key.push_back(kNullFlag);
+        key.push_back(kKeyNullFlag);
     } else {
-        key.push_back(kValueFlag);
+        key.push_back(kKeyValueFlag);
         if (Status appended = appendValueBytes(key, column, value); !appended)
             return appended;
     }
@@ -134,22 +132,6 @@ Result<std::vector<uint8_t>> encodeKey(const TableDefinition& table, const RealI
         if (Status appended = appendKeyColumn(key, *column, index.columns[i].ascending, values[i]); !appended)
             return appended.error();
     }
-    return key;
-}
-
-Result<std::vector<uint8_t>> generalTextKey(const std::string& utf8)
-{
-    std::vector<uint8_t> key;
-    for (char16_t c : utf8ToUtf16(utf8)) {
-        if (!appendGeneralSortCode(c, key)) {
-            char hex[16];
-            std::snprintf(hex, sizeof hex, "U+%04X", unsigned(c));
-            return unsupported(std::string("text key holds the character ") + hex +
-                         ", which the General sort order table does not cover");
-        }
-    }
-    key.push_back(kGeneralTextEnd);
-    key.push_back(kGeneralExtraEnd);
     return key;
 }
 

@@ -21,8 +21,4 @@ Status appendKeyColumn(std::vector<uint8_t>& key, const Column& column, bool asc
 Result<std::vector<uint8_t>> encodeKey(const TableDefinition& table, const RealIndex& index,
                                        const std::vector<Value>& values);
 
-// The General sort order's key bytes of a text (FORMAT.md "Text keys"), or an
-// error naming the first character it does not cover.
-Result<std::vector<uint8_t>> generalTextKey(const std::string& utf8);
-
 }  // namespace mdb

@@ -1,14 +1,32 @@
 #include "db/mdb/IndexPage.h"
 
+#include "db/mdb/ByteWriter.h"
+
 #include <algorithm>
+#include <set>
 
 namespace mdb {
 
 namespace {
 
-constexpr std::size_t kRowPointerSize = 4;  // 3-byte page, 1-byte row, big-endian
-constexpr std::size_t kChildPointerSize = 4;
-constexpr std::size_t kOwnerOffset = 4;
+constexpr std::size_t kRowPointerSize = kIndexRowPointerSize;
+constexpr std::size_t kChildPointerSize = kIndexChildPointerSize;
+
+// The header fields of an index page in one of its forms.
+struct HeaderFields {
+    std::size_t previous;
+    std::size_t next;
+    std::size_t tail;
+    std::size_t prefixLength;
+};
+
+HeaderFields headerFields(const Layout& layout, IndexPageForm form)
+{
+    if (form == IndexPageForm::EarlierEngine)
+        return {0x08, 0x0C, 0x10, 0x14};
+    return {layout.indexPrevPageOffset, layout.indexNextPageOffset, layout.indexTailPageOffset,
+            layout.indexPrefixLengthOffset};
+}
 
 std::string where(uint32_t number)
 {
@@ -32,7 +50,7 @@ std::vector<std::size_t> entryEnds(ByteView view, const Layout& layout)
 
 }  // namespace
 
-Result<IndexPage> readIndexPage(Pager& pager, uint32_t number)
+Result<IndexPage> readIndexPage(Pager& pager, uint32_t number, IndexPageForm form)
 {
     auto bytes = pager.read(number);
     if (!bytes)
@@ -46,11 +64,12 @@ Result<IndexPage> readIndexPage(Pager& pager, uint32_t number)
     IndexPage index;
     index.number = number;
     index.leaf = page.type() == kIndexLeafPage;
-    index.owner = view.u32(kOwnerOffset);
-    index.previous = view.u32(layout.indexPrevPageOffset);
-    index.next = view.u32(layout.indexNextPageOffset);
-    index.tail = view.u32(layout.indexTailPageOffset);
-    index.prefixLength = view.u16(layout.indexPrefixLengthOffset);
+    const HeaderFields fields = headerFields(layout, form);
+    index.owner = view.u32(kPageOwnerOffset);
+    index.previous = view.u32(fields.previous);
+    index.next = view.u32(fields.next);
+    index.tail = view.u32(fields.tail);
+    index.prefixLength = view.u16(fields.prefixLength);
 
     const std::size_t pointers = kRowPointerSize + (index.leaf ? 0 : kChildPointerSize);
     std::size_t start = layout.indexFirstEntryOffset;
@@ -91,18 +110,6 @@ Result<IndexPage> readIndexPage(Pager& pager, uint32_t number)
 namespace mdb {
 
 namespace {
-
-void put16(std::vector<uint8_t>& bytes, std::size_t at, uint16_t value)
-{
-    bytes[at] = uint8_t(value);
-    bytes[at + 1] = uint8_t(value >> 8);
-}
-
-void put32(std::vector<uint8_t>& bytes, std::size_t at, uint32_t value)
-{
-    for (int i = 0; i < 4; ++i)
-        bytes[at + std::size_t(i)] = uint8_t(value >> (8 * i));
-}
 
 // The length of the prefix all entries share: that of the first and last
 // entry, as entries are in order. It stays within the keys.
@@ -162,25 +169,64 @@ Status encodeIndexPage(const IndexPage& page, const Layout& layout, std::vector<
         return corruption("index page " + std::to_string(page.number) + ": entries do not fit");
     const std::size_t prefix = sharedPrefix(page);
     bytes.assign(layout.pageSize, 0);
-    bytes[0] = page.leaf ? kIndexLeafPage : kIndexNodePage;
-    bytes[1] = 0x01;
-    put32(bytes, kOwnerOffset, page.owner);
-    put32(bytes, layout.indexPrevPageOffset, page.previous);
-    put32(bytes, layout.indexNextPageOffset, page.next);
-    put32(bytes, layout.indexTailPageOffset, page.tail);
-    put16(bytes, layout.indexPrefixLengthOffset, uint16_t(prefix));
+    ByteWriter writer(bytes);
+    writer.u8(kPageTypeOffset, page.leaf ? kIndexLeafPage : kIndexNodePage);
+    writer.u8(1, 0x01);
+    writer.u32(kPageOwnerOffset, page.owner);
+    writer.u32(layout.indexPrevPageOffset, page.previous);
+    writer.u32(layout.indexNextPageOffset, page.next);
+    writer.u32(layout.indexTailPageOffset, page.tail);
+    writer.u16(layout.indexPrefixLengthOffset, uint16_t(prefix));
 
     std::size_t at = layout.indexFirstEntryOffset;
     for (std::size_t i = 0; i < page.entries.size(); ++i) {
         const std::vector<uint8_t> stored = entryBytes(page.entries[i], page.leaf);
         const std::size_t skip = i == 0 ? 0 : prefix;
-        std::copy(stored.begin() + std::ptrdiff_t(skip), stored.end(), bytes.begin() + std::ptrdiff_t(at));
+        writer.bytes(at, std::span(stored).subspan(skip));
         at += stored.size() - skip;
-        const std::size_t bit = at - layout.indexFirstEntryOffset;
-        bytes[layout.indexBitmaskOffset + bit / 8] = uint8_t(bytes[layout.indexBitmaskOffset + bit / 8] | (1 << (bit % 8)));
+        writer.bit(layout.indexBitmaskOffset, at - layout.indexFirstEntryOffset, true);
     }
-    put16(bytes, 2, uint16_t(layout.pageSize - at));
+    writer.u16(kPageFreeSpaceOffset, uint16_t(layout.pageSize - at));
+    if (!writer.ok())
+        return corruption("index page " + std::to_string(page.number) + ": entries do not fit");
     return Status::success();
+}
+
+Result<IndexPageForm> indexTreeForm(Pager& pager, uint32_t root)
+{
+    // A root page has no neighbours in either form, so the fields where the
+    // other form keeps them tell the forms apart: Access leaves 0x08 empty
+    // and keeps the tail at 0x14 and the prefix length at 0x18; the earlier
+    // engine kept the tail at 0x10 and the prefix length at 0x14 and left
+    // 0x18 onwards empty. A root whose fields read the same in both forms
+    // (a leaf, or a node over a single child, without a prefix) is told by
+    // the child below it.
+    const Layout& layout = pager.layout();
+    if (layout.version != JetVersion::Jet4)
+        return IndexPageForm::Access;
+    std::set<uint32_t> visited;
+    for (uint32_t page = root; visited.insert(page).second;) {
+        auto bytes = pager.read(page);
+        if (!bytes)
+            return bytes.error();
+        const ByteView view(**bytes);
+        if (view.u32(0x08) != 0 || view.u32(0x10) != 0)
+            return IndexPageForm::EarlierEngine;
+        if (view.u16(0x18) != 0 || view.u8(0x1A) != 0)
+            return IndexPageForm::Access;
+        const bool leaf = view.u8(kPageTypeOffset) == kIndexLeafPage;
+        if (view.u32(0x14) != 0)  // a tail (Access) or a prefix length (earlier engine)
+            return leaf ? IndexPageForm::EarlierEngine : IndexPageForm::Access;
+        if (leaf)
+            return IndexPageForm::Access;  // both forms read this page alike
+        auto node = readIndexPage(pager, page);
+        if (!node)
+            return node.error();
+        if (node->entries.size() != 1)
+            return IndexPageForm::Access;
+        page = node->entries.front().child;
+    }
+    return corruption("index pages loop at page " + std::to_string(root));
 }
 
 }  // namespace mdb

@@ -28,10 +28,21 @@ struct IndexPage {
     std::vector<IndexEntry> entries;
 };
 
+// Where an index page keeps its links and its prefix length (FORMAT.md
+// "Index pages"). Access keeps them where the version's Layout says. Earlier
+// versions of this engine wrote Jet 4 index pages with them 4 bytes early,
+// at the Jet 3 offsets; such pages are read, and every change to a file
+// rewrites them in Access's form.
+enum class IndexPageForm { Access, EarlierEngine };
+
 // Reads and checks an index page: entry boundaries inside the page, each
 // entry long enough for its pointers, the prefix no longer than the first
 // entry.
-Result<IndexPage> readIndexPage(Pager& pager, uint32_t number);
+Result<IndexPage> readIndexPage(Pager& pager, uint32_t number, IndexPageForm form = IndexPageForm::Access);
+
+// The form the index tree whose root is `root` was written in, told from
+// the fields a root page must leave empty in each form.
+Result<IndexPageForm> indexTreeForm(Pager& pager, uint32_t root);
 
 // The stored bytes of an entry: key, row pointer and (node pages) child.
 std::vector<uint8_t> entryBytes(const IndexEntry& entry, bool leaf);

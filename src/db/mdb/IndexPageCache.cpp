@@ -1,10 +1,12 @@
 #include "db/mdb/IndexPageCache.h"
 
+#include <set>
+
 namespace mdb {
 
 Result<const IndexPage*> PagerIndexPages::get(uint32_t number)
 {
-    auto page = readIndexPage(pager_, number);
+    auto page = readIndexPage(pager_, number, form_);
     if (!page)
         return page.error();
     current_ = std::move(*page);
@@ -52,6 +54,31 @@ void IndexPageCache::forget(uint32_t number)
 {
     pages_.erase(number);
     dirty_.erase(number);
+}
+
+Status IndexPageCache::adoptTree(uint32_t root, IndexPageForm form)
+{
+    std::vector<uint32_t> pending{root};
+    std::set<uint32_t> seen;
+    while (!pending.empty()) {
+        const uint32_t number = pending.back();
+        pending.pop_back();
+        if (!seen.insert(number).second || seen.size() > pager_.pageCount())
+            return corruption("index pages loop at page " + std::to_string(number));
+        if (pages_.count(number))
+            continue;
+        auto page = readIndexPage(pager_, number, form);
+        if (!page)
+            return page.error();
+        if (!page->leaf) {
+            for (const IndexEntry& entry : page->entries)
+                pending.push_back(entry.child);
+            if (page->tail != 0)
+                pending.push_back(page->tail);
+        }
+        create(std::move(*page));
+    }
+    return Status::success();
 }
 
 Status IndexPageCache::flush()

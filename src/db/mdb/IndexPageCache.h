@@ -16,14 +16,16 @@ public:
     virtual Result<const IndexPage*> get(uint32_t number) = 0;
 };
 
-// Decodes each page from the pager as it is asked for.
+// Decodes each page from the pager as it is asked for, in one form.
 class PagerIndexPages final : public IndexPages {
 public:
-    explicit PagerIndexPages(Pager& pager) : pager_(pager) {}
+    explicit PagerIndexPages(Pager& pager, IndexPageForm form = IndexPageForm::Access) : pager_(pager), form_(form) {}
     Result<const IndexPage*> get(uint32_t number) override;
+    void setForm(IndexPageForm form) { form_ = form; }
 
 private:
     Pager& pager_;
+    IndexPageForm form_;
     IndexPage current_;
 };
 
@@ -39,8 +41,14 @@ public:
     Result<IndexPage*> edit(uint32_t number);
     // A page new to the index (already allocated), to be written at flush.
     IndexPage* create(IndexPage page);
+    // Whether the page is in the cache.
+    bool holds(uint32_t number) const { return pages_.count(number) != 0; }
     // A page the index no longer uses.
     void forget(uint32_t number);
+    // Takes in every page of the tree under `root` as written in `form`, to
+    // be written back in Access's form at the next flush. Pages already in
+    // the cache are kept as they are.
+    Status adoptTree(uint32_t root, IndexPageForm form);
 
     Status flush();
     void clear();

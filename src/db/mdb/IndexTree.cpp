@@ -14,8 +14,22 @@ bool startsWith(const std::vector<uint8_t>& key, const std::vector<uint8_t>& pre
 
 }  // namespace
 
+Status IndexTree::prepare()
+{
+    if (prepared_ || !pager_)
+        return Status::success();
+    auto form = indexTreeForm(*pager_, index_.rootPage);
+    if (!form)
+        return form.error();
+    owned_->setForm(*form);
+    prepared_ = true;
+    return Status::success();
+}
+
 Result<uint32_t> IndexTree::leafFor(const std::vector<uint8_t>* prefix)
 {
+    if (Status prepared = prepare(); !prepared)
+        return prepared.error();
     uint32_t current = index_.rootPage;
     std::set<uint32_t> visited;
     for (;;) {

@@ -12,9 +12,11 @@ namespace mdb {
 // lead down to leaf pages, and leaf pages are chained in key order.
 class IndexTree {
 public:
-    // Reads pages from the pager, or from `pages` (a writer's cache).
+    // Reads pages from the pager, in the form the tree was written in, or
+    // from `pages` (a writer's cache, whose pages are all in Access's form).
     IndexTree(Pager& pager, const RealIndex& index)
-        : owned_(std::make_unique<PagerIndexPages>(pager)), pages_(*owned_), index_(index), pageCount_(pager.pageCount()) {}
+        : owned_(std::make_unique<PagerIndexPages>(pager)), pages_(*owned_), index_(index), pageCount_(pager.pageCount()),
+          pager_(&pager) {}
     IndexTree(IndexPages& pages, const RealIndex& index, uint32_t pageCount)
         : pages_(pages), index_(index), pageCount_(pageCount) {}
 
@@ -30,6 +32,8 @@ public:
     Result<std::vector<RowPointer>> range(const std::vector<uint8_t>& low, const std::vector<uint8_t>& high);
 
 private:
+    // Finds the tree's form before its first page is read from the pager.
+    Status prepare();
     // The leaf page under `page` where a search for `prefix` starts.
     Result<uint32_t> leafFor(const std::vector<uint8_t>* prefix);
     // Visits leaves from `first` on along their chain; with `from`, the first
@@ -41,6 +45,8 @@ private:
     IndexPages& pages_;
     const RealIndex& index_;
     uint32_t pageCount_ = 0;
+    Pager* pager_ = nullptr;
+    bool prepared_ = false;
 };
 
 }  // namespace mdb

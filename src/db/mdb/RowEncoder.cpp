@@ -48,13 +48,27 @@ bool matchesType(const Column& column, const Value& value)
     return false;
 }
 
-// Writes a value that is not a long value: fixed-size values at `out`'s
-// position `at` (which must have room), others appended to `out`.
+// UTF-16 units of a UTF-8 text, counted without converting it.
+std::size_t utf16Length(const std::string& text)
+{
+    std::size_t units = 0;
+    for (unsigned char c : text) {
+        if ((c & 0xC0) != 0x80)
+            units += (c >= 0xF0) ? 2 : 1;
+    }
+    return units;
+}
+
+// Writes a value that is not a long value: the values of fixed columns at
+// `out`'s position `at` (which must have room for the column), others
+// appended to `out`.
 void writeValue(std::vector<uint8_t>& out, std::size_t at, const Column& column, const Value& value)
 {
     const auto place = [&](const void* bytes, std::size_t size) {
-        std::memcpy(out.data() + at, bytes, size);
+        if (size > 0)
+            std::memcpy(out.data() + at, bytes, size);
     };
+    const auto append = [&](const std::vector<uint8_t>& bytes) { out.insert(out.end(), bytes.begin(), bytes.end()); };
     switch (column.type) {
     case ColumnType::Byte: out[at] = std::get<uint8_t>(value); break;
     case ColumnType::Integer: place(&std::get<int16_t>(value), 2); break;
@@ -71,29 +85,25 @@ void writeValue(std::vector<uint8_t>& out, std::size_t at, const Column& column,
         break;
     }
     case ColumnType::Text: {
-        const std::vector<uint8_t> text = encodeText(std::get<std::string>(value), column.compressedUnicode);
-        out.insert(out.end(), text.begin(), text.end());
+        const std::string& text = std::get<std::string>(value);
+        if (column.isFixed())
+            place(encodeUcs2(text).data(), std::min<std::size_t>(column.length, utf16Length(text) * 2));
+        else
+            append(encodeText(text, column.compressedUnicode));
         break;
     }
     case ColumnType::Binary: {
         const Bytes& bytes = std::get<Bytes>(value);
-        out.insert(out.end(), bytes.begin(), bytes.end());
+        if (column.isFixed())
+            place(bytes.data(), std::min<std::size_t>(column.length, bytes.size()));
+        else
+            append(bytes);
         break;
     }
     default: break;
     }
 }
 
-// UTF-16 units of a UTF-8 text, counted without converting it.
-std::size_t utf16Length(const std::string& text)
-{
-    std::size_t units = 0;
-    for (unsigned char c : text) {
-        if ((c & 0xC0) != 0x80)
-            units += (c >= 0xF0) ? 2 : 1;
-    }
-    return units;
-}
 
 std::size_t fixedPartSize(const TableDefinition& table)
 {
@@ -106,6 +116,22 @@ std::size_t fixedPartSize(const TableDefinition& table)
 }
 
 }  // namespace
+
+Value storedForm(const Column& column, const Value& value)
+{
+    if (!column.isFixed() || isNull(value))
+        return value;
+    if (const auto* text = std::get_if<std::string>(&value); text && column.type == ColumnType::Text) {
+        const std::size_t length = utf16Length(*text);
+        return length < column.length / 2u ? Value(*text + std::string(column.length / 2u - length, ' ')) : value;
+    }
+    if (const auto* bytes = std::get_if<Bytes>(&value); bytes && column.type == ColumnType::Binary) {
+        Bytes padded = *bytes;
+        padded.resize(std::max<std::size_t>(bytes->size(), column.length), 0);
+        return padded;
+    }
+    return value;
+}
 
 Status checkValue(const Column& column, const Value& value)
 {
@@ -164,7 +190,7 @@ Result<std::vector<uint8_t>> encodeRow(const TableDefinition& table, const std::
         } else if (column.isFixed()) {
             if (fixedSizeOf(column.type) > column.length)
                 return invalidArgument("table " + table.name + ": column " + column.name + " is too short for its type");
-            writeValue(row, kCountSize + column.fixedOffset, column, value);
+            writeValue(row, kCountSize + column.fixedOffset, column, storedForm(column, value));
         } else if (const std::size_t size = fixedSizeOf(column.type)) {
             // A fixed-size value kept in the variable part.
             variable[column.variableIndex].resize(size);

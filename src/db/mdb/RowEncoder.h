@@ -17,6 +17,11 @@ Result<std::vector<uint8_t>> encodeRow(const TableDefinition& table, const std::
                                        const std::map<std::size_t, std::vector<uint8_t>>& longValues,
                                        std::size_t maxRowSize);
 
+// The value as it reads back once stored: a text in a fixed-length text
+// column is filled up with blanks to the column's length, bytes in a
+// fixed-length binary column with zeros. Other values are unchanged.
+Value storedForm(const Column& column, const Value& value);
+
 // Checks that a value may be stored in a column: the right type, a text
 // within the column's length. Null is accepted everywhere.
 Status checkValue(const Column& column, const Value& value);

@@ -72,7 +72,7 @@ RealIndex parseRealIndex(ByteView entry, const Layout& layout)
         const std::size_t at = layout.realIndexColumnsOffset + std::size_t(slot) * 3;
         const uint16_t number = entry.u16(at);
         if (number != kNoColumn)
-            index.columns.push_back({number, entry.u8(at + 2) != 0x02});
+            index.columns.push_back({number, (entry.u8(at + 2) & kAscendingColumnFlag) != 0});
     }
     index.ownedPagesPointer = entry.u32(layout.realIndexRootOffset - 4);
     index.rootPage = entry.u32(layout.realIndexRootOffset);

@@ -372,6 +372,7 @@ Result<RowPointer> TableWriter::append(std::vector<Value> values)
                 return unsupported("table " + table_.name + " has used all its autonumbers");
             values[i] = int32_t(++table_.nextAutonumber);
         }
+        values[i] = storedForm(table_.columns[i], values[i]);  // index keys are made from what is stored
     }
     auto bytes = encode(values);
     if (!bytes)
@@ -433,6 +434,7 @@ Status TableWriter::update(RowPointer location, std::vector<Value> values)
     for (std::size_t i = 0; i < values.size() && i < table_.columns.size(); ++i) {
         if (table_.columns[i].isAutonumber() && isNull(values[i]))
             values[i] = (*old)[i];  // an autonumber keeps its number
+        values[i] = storedForm(table_.columns[i], values[i]);
     }
     auto bytes = encode(values);
     if (!bytes)

@@ -7,17 +7,30 @@
 
 namespace mdb {
 
-// Checks a database with the engine's own reader (FORMAT.md "Verification"):
+// What a check of a database found (FORMAT.md "Verification").
+struct VerifyReport {
+    // Faults: rows an index misses, index entries without their row or with
+    // another key, pages both in use and free, maps that lose pages, index
+    // pages other programs cannot read. Any of these means the file is not
+    // consistent.
+    std::vector<std::string> problems;
+    // What Access itself leaves behind and keeps working with: counts it
+    // updates lazily, freed pages still holding deleted rows, unused slots
+    // of a map by reference.
+    std::vector<std::string> notes;
+};
+
+// Checks a database with the engine's own reader:
 //  - every table's rows read, and their number equals the definition's count;
-//  - every index's entries are in order, equal in number to the rows (or to
-//    the definition's count), point at live rows of the table and carry the
-//    keys those rows give;
-//  - every table's owned-page map lists exactly the data pages it owns, its
+//  - every index's entries are in order, one per row (an ignore-nulls index
+//    leaves out rows whose indexed values are all null), each pointing at a
+//    live row of the table and carrying the key that row gives;
+//  - every table's owned-page map lists the data pages holding its rows, its
 //    free-space map only pages it owns, every index's map exactly the pages
 //    of its tree;
 //  - no page the global map marks free is in use.
-// Returns every problem found, each naming the table, index or page; an
-// empty list means the file is consistent.
-std::vector<std::string> verifyDatabase(Database& database);
+// Each finding names the table, index or page. The rows are streamed, not
+// held: memory stays small whatever the size of the file.
+VerifyReport verifyDatabase(Database& database);
 
 }  // namespace mdb
