@@ -4,6 +4,9 @@
 //   LogOneReading  on a ten-year file: open, look for the reading's source and
 //                  minute through the index, append it, commit, close - what
 //                  logging one reading costs.
+//   OneGigabyte    eleven sources of ten years each appended to one database
+//                  (1 GB, far past the 128 MB a global usage map on page 1
+//                  describes), then one reading logged as above.
 // Run: build/bench/mdb_bench (the ten-year file is built once, in /tmp).
 #include "db/NimbrelSchema.h"
 #include "db/mdb/DatabaseCreator.h"
@@ -22,12 +25,12 @@ using namespace mdb;
 constexpr int kTenYears = 525600;
 constexpr double kFirstDay = 43831.0;  // 1 Jan 2020
 
-std::vector<Value> reading(int i)
+std::vector<Value> reading(int i, int32_t source = 0)
 {
     const double days = kFirstDay + i / 144.0;
     return {1013.25 + (i % 300) / 10.0, 21.5, 45.0, 12.5 + (i % 100) / 10.0, 80.0, 9.1, 11.0, 5.4,
             std::string("NNE"), 451.3, std::string("10:20"), std::string("21.11.2026"), DateTime{days},
-            0.0, 1.2, int16_t(1), int16_t(1), int16_t(0), int32_t(0)};
+            0.0, 1.2, int16_t(1), int16_t(1), int16_t(0), source};
 }
 
 fs::path benchFolder()
@@ -37,17 +40,33 @@ fs::path benchFolder()
     return folder;
 }
 
-bool fillHistory(const std::string& path, int rows)
+bool fillHistory(const std::string& path, int rows, int32_t source = 0)
 {
     auto database = Database::open(path, OpenMode::ReadWrite);
     if (!database)
         return false;
     DatabaseWriter writer(**database);
     for (int i = 0; i < rows; ++i) {
-        if (!writer.append("History", reading(i)))
+        if (!writer.append("History", reading(i, source)))
             return false;
     }
     return bool(writer.commit());
+}
+
+// Logs reading `i` of source 0 as the program does; the time it took, or a
+// negative number when it failed.
+double logReading(const std::string& path, int i)
+{
+    const auto start = std::chrono::steady_clock::now();
+    auto database = Database::open(path, OpenMode::ReadWrite);
+    if (!database)
+        return -1;
+    DatabaseWriter writer(**database);
+    const std::vector<Value> row = reading(i);
+    auto existing = writer.find("History", "SourceDate", {row[18], row[12]});
+    if (!existing || !existing->empty() || !writer.append("History", row) || !writer.commit())
+        return -1;
+    return std::chrono::duration<double, std::milli>(std::chrono::steady_clock::now() - start).count();
 }
 
 void BulkAppend(benchmark::State& state)
@@ -84,21 +103,12 @@ void LogOneReading(benchmark::State& state)
     std::vector<double> milliseconds;
     int next = kTenYears;
     for (auto _ : state) {
-        const auto start = std::chrono::steady_clock::now();
-        auto database = Database::open(path, OpenMode::ReadWrite);
-        DatabaseWriter writer(**database);
-        const std::vector<Value> row = reading(next++);
-        auto existing = writer.find("History", "SourceDate", {row[18], row[12]});
-        if (!existing || !existing->empty()) {
-            state.SkipWithError("the duplicate test failed");
-            break;
-        }
-        if (!writer.append("History", row) || !writer.commit()) {
+        const double taken = logReading(path, next++);
+        if (taken < 0) {
             state.SkipWithError("logging failed");
             break;
         }
-        database->reset();
-        milliseconds.push_back(std::chrono::duration<double, std::milli>(std::chrono::steady_clock::now() - start).count());
+        milliseconds.push_back(taken);
     }
     std::sort(milliseconds.begin(), milliseconds.end());
     if (!milliseconds.empty()) {
@@ -108,6 +118,37 @@ void LogOneReading(benchmark::State& state)
     fs::remove_all(folder);
 }
 BENCHMARK(LogOneReading)->Unit(benchmark::kMillisecond)->Iterations(200);
+
+void OneGigabyte(benchmark::State& state)
+{
+    constexpr int kSources = 11;
+    const fs::path folder = benchFolder();
+    const std::string path = (folder / "gigabyte.mdb").string();
+    for (auto _ : state) {
+        if (!NimbrelSchema::createDatabase(path)) {
+            state.SkipWithError("cannot create the database");
+            break;
+        }
+        for (int32_t source = 1; source <= kSources; ++source) {
+            if (!fillHistory(path, kTenYears, source)) {
+                state.SkipWithError("append failed");
+                break;
+            }
+        }
+    }
+    state.SetItemsProcessed(int64_t(state.iterations()) * kSources * kTenYears);
+    state.counters["file_MB"] = double(fs::file_size(path)) / 1e6;
+    std::vector<double> milliseconds;
+    for (int i = 0; i < 100; ++i)
+        milliseconds.push_back(logReading(path, kTenYears + i));
+    std::sort(milliseconds.begin(), milliseconds.end());
+    state.counters["log_median_ms"] = milliseconds[milliseconds.size() / 2];
+    state.counters["log_worst_ms"] = milliseconds.back();
+    if (milliseconds.front() < 0)
+        state.SkipWithError("logging a reading failed");
+    fs::remove_all(folder);
+}
+BENCHMARK(OneGigabyte)->Unit(benchmark::kMillisecond)->Iterations(1);
 
 }  // namespace
 

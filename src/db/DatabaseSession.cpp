@@ -1,5 +1,7 @@
 #include "db/DatabaseSession.h"
 
+#include "errors/ErrorReporter.h"
+
 #include "db/ColumnValues.h"
 #include "shared/Environment.h"
 
@@ -95,6 +97,8 @@ mdb::Result<std::unique_ptr<DatabaseSession>> DatabaseSession::open(const QStrin
     auto database = mdb::Database::open(environment.files, path.toStdString(), mode, environment.lockWait);
     if (!database)
         return database.error();
+    for (const std::string& notice : (*database)->notices())
+        environment.errors.ReportError(QStringLiteral("Database Recovery: \r\n") + QString::fromStdString(notice));
     return std::unique_ptr<DatabaseSession>(new DatabaseSession(std::move(*database)));
 }
 

@@ -1,4 +1,8 @@
+#include "AccessCheck.h"
+#include "MdbTestSupport.h"
 #include "support/TestSupport.h"
+
+#include <QFile>
 
 #include <QProcess>
 #include <gtest/gtest.h>
@@ -122,6 +126,33 @@ TEST(CommandLine, CreateDbMakesTheFiveTablesAndNeverOverwrites)
     EXPECT_EQ(again.exitCode, 1);
     EXPECT_TRUE(again.err.contains("already exists"));
     EXPECT_EQ(readAll(path), before);
+
+    if (AccessCheck::available()) {
+        const AccessCheck::Outcome checked = AccessCheck::check(path.toStdString());
+        EXPECT_TRUE(checked.opened && checked.problems.empty()) << checked.output;
+    }
+}
+
+// A file written by an earlier version is reported, and --repair rewrites it
+// in the form other programs read.
+TEST(CommandLine, VerifyDbRepairsWhatEarlierVersionsWrote)
+{
+    TempFolder folder;
+    const QString path = folder.file("earlier.mdb");
+    ASSERT_EQ(nimbrel({"create-db", path}).exitCode, 0);
+    std::vector<uint8_t> bytes = fileBytes(path.toStdString());
+    toEarlierEngineForm(bytes);
+    QFile file(path);
+    ASSERT_TRUE(file.open(QIODevice::WriteOnly | QIODevice::Truncate));
+    file.write(reinterpret_cast<const char*>(bytes.data()), qint64(bytes.size()));
+    file.close();
+
+    const ProgramRun reported = nimbrel({"verify-db", path});
+    EXPECT_EQ(reported.exitCode, 1);
+    EXPECT_TRUE(reported.out.contains("earlier versions")) << reported.out.toStdString();
+    const ProgramRun repaired = nimbrel({"verify-db", path, "--repair"});
+    EXPECT_EQ(repaired.exitCode, 0) << repaired.out.toStdString() << repaired.err.toStdString();
+    EXPECT_EQ(repaired.out, "No problems found\n");
 }
 
 TEST(CommandLine, SimulateOnceWritesAFileTheReaderAccepts)

@@ -4,6 +4,8 @@
 #include "db/mdb/Database.h"
 #include "settings/clsSource.h"
 
+#include <QFile>
+
 namespace {
 
 class SourceRecords : public DatabaseFixture {
@@ -173,3 +175,32 @@ TEST_F(SourceRecords, SourceListIsInKeyOrder)
 }
 
 }  // namespace
+
+// A lookup through a damaged index reports the damage; it is never quietly
+// answered by reading the whole table instead.
+TEST_F(SourceRecords, ADamagedIndexIsReportedNotReadAround)
+{
+    addRow(1, "Home");
+    addRow(2, "Roof");
+    uint32_t root = 0;
+    {
+        auto database = mdb::Database::open(path.toStdString());
+        ASSERT_TRUE(database);
+        auto sources = (*database)->definition("Sources");
+        root = sources->realIndexes.front().rootPage;
+    }
+    QFile file(path);
+    ASSERT_TRUE(file.open(QIODevice::ReadWrite));
+    file.seek(qint64(root) * 4096);
+    file.write(QByteArray(1, '\x09'));  // no longer an index page
+    file.close();
+
+    auto session = DatabaseSession::open(path, DatabaseSession::Access::Read, environment);
+    ASSERT_TRUE(session);
+    auto table = (*session)->table("Sources");
+    auto rows = (*session)->rowsWhere(*table, {{"SourceID", 2}});
+    ASSERT_FALSE(rows);
+    EXPECT_EQ(rows.error().kind, mdb::ErrorKind::Corruption);
+    EXPECT_NE(rows.error().message.find("index page " + std::to_string(root)), std::string::npos)
+        << rows.error().message;
+}

@@ -2,6 +2,7 @@
 // leaves a database that reads as before the change or as after it, never
 // in between, once it has been opened again.
 #include "db/mdb/DatabaseCreator.h"
+#include "db/mdb/Journal.h"
 #include "db/mdb/Verifier.h"
 
 #include <gtest/gtest.h>
@@ -146,4 +147,67 @@ TEST_F(Crash, FailingWriteUndoesTheChangeAtOnce)
         EXPECT_FALSE(changed) << "write " << write;
         ASSERT_EQ(contentOf(files), before) << "write " << write;
     }
+}
+
+// A crash leaves a complete journal; before the next open, an older copy of
+// the database is put back under its name. The journal belongs to the file
+// as it was at the crash, not to the copy: it is set aside, never applied.
+TEST_F(Crash, AJournalIsNeverAppliedToAnotherFile)
+{
+    // An older copy: the database before its last 40 rows.
+    restore();
+    std::vector<uint8_t> olderCopy;
+    {
+        MemoryFileSystem earlier;
+        ASSERT_TRUE(createDatabase(earlier, kPath, [](DatabaseWriter& writer) {
+            using T = ColumnType;
+            Status made = writer.createTable("Log",
+                                             {{"Id", T::Long, 0, true}, {"Source", T::Long}, {"Text", T::Text, 255},
+                                              {"Taken", T::DateTime}, {"Value", T::Double}},
+                                             {{"Id", {"Id"}, true, true}, {"SourceTaken", {"Source", "Taken"}},
+                                              {"Text", {"Text"}}});
+            for (int i = 0; made && i < 160; ++i)
+                made = writer.append("Log", row(i)) ? Status::success() : Status(invalidArgument("append"));
+            return made;
+        }));
+        olderCopy = earlier.content(kPath);
+    }
+    const std::vector<std::string> olderContent = [&] {
+        MemoryFileSystem copy;
+        copy.setContent(kPath, olderCopy);
+        return contentOf(copy);
+    }();
+
+    // The journal is written in full, then the crash comes after two pages.
+    files.crashAfterWrites(4);
+    (void)bigChange(files);
+    files.crash(MemoryFileSystem::CrashMode::KeepUnsynced);
+    ASSERT_TRUE(Journal::needsRecovery(files, kPath));
+    files.setContent(kPath, olderCopy);
+
+    auto database = Database::open(files, kPath, OpenMode::ReadOnly);
+    ASSERT_TRUE(database) << database.error().message;
+    ASSERT_EQ((*database)->notices().size(), 1u);
+    EXPECT_NE((*database)->notices().front().find("set aside"), std::string::npos);
+    database->reset();
+    EXPECT_EQ(files.content(kPath), olderCopy);
+    EXPECT_EQ(contentOf(files), olderContent);
+    EXPECT_TRUE(files.exists(Journal::pathFor(kPath) + ".stale-1"));
+    EXPECT_FALSE(Journal::needsRecovery(files, kPath));
+}
+
+// The same crash, and the file put back is a copy of the database exactly as
+// it was before the change: the journal fits it, and undoing is harmless.
+TEST_F(Crash, AJournalFitsAnExactCopyOfItsFile)
+{
+    restore();
+    files.crashAfterWrites(4);
+    (void)bigChange(files);
+    files.crash(MemoryFileSystem::CrashMode::KeepUnsynced);
+    files.setContent(kPath, original);
+    auto database = Database::open(files, kPath, OpenMode::ReadOnly);
+    ASSERT_TRUE(database) << database.error().message;
+    EXPECT_TRUE((*database)->notices().empty());
+    database->reset();
+    EXPECT_EQ(contentOf(files), before);
 }

@@ -27,11 +27,16 @@ bool sameKeyValue(const mdb::Value& a, const mdb::Value& b)
     return a == b;
 }
 
+// The rows a scan finds with `key` in the index's first columns; an index
+// that ignores nulls has no entry for a row whose indexed values are all null.
 std::set<RowPointer> scanMatches(const std::vector<mdb::Row>& rows, const std::vector<std::size_t>& positions,
-                                 const std::vector<mdb::Value>& key)
+                                 const std::vector<mdb::Value>& key, bool ignoresNulls)
 {
     std::set<RowPointer> matches;
     for (const mdb::Row& row : rows) {
+        if (ignoresNulls && std::all_of(positions.begin(), positions.end(),
+                                        [&row](std::size_t at) { return mdb::isNull(row.values[at]); }))
+            continue;
         bool equal = true;
         for (std::size_t i = 0; i < key.size() && equal; ++i)
             equal = sameKeyValue(row.values[positions[i]], key[i]);
@@ -47,6 +52,7 @@ class IndexesOf : public ::testing::TestWithParam<std::string> {};
 
 TEST_P(IndexesOf, LookupsFindWhatAScanFinds)
 {
+    SKIP_WITHOUT_FIXTURES();
     auto database = mdb::Database::open(mdbFixture(GetParam()));
     ASSERT_TRUE(database) << database.error().message;
     int lookups = 0;
@@ -70,14 +76,16 @@ TEST_P(IndexesOf, LookupsFindWhatAScanFinds)
                         key.push_back(row.values[positions[i]]);
                     auto found = (*database)->find(*table, index.name, key);
                     if (!found) {
+                        // Only keys outside the General sort order's table (Greek, Cyrillic, Han).
                         ++refused;
-                        EXPECT_NE(found.error().message.find("not"), std::string::npos) << found.error().message;
+                        EXPECT_EQ(found.error().kind, mdb::ErrorKind::Unsupported) << found.error().message;
                         continue;
                     }
                     std::set<RowPointer> locations;
                     for (const mdb::Row& match : *found)
                         locations.insert(match.location);
-                    EXPECT_EQ(locations, scanMatches(*rows, positions, key));
+                    EXPECT_EQ(locations,
+                              scanMatches(*rows, positions, key, real.flags & mdb::RealIndex::kIgnoreNullsFlag));
                     ++lookups;
                 }
             }
@@ -88,6 +96,7 @@ TEST_P(IndexesOf, LookupsFindWhatAScanFinds)
 
 TEST_P(IndexesOf, EveryIndexIsOrderedAndCoversEveryRow)
 {
+    SKIP_WITHOUT_FIXTURES();
     auto database = mdb::Database::open(mdbFixture(GetParam()));
     ASSERT_TRUE(database) << database.error().message;
     for (const auto& entry : (*database)->tables()) {
@@ -119,83 +128,3 @@ TEST_P(IndexesOf, EveryIndexIsOrderedAndCoversEveryRow)
 
 INSTANTIATE_TEST_SUITE_P(AccessFiles, IndexesOf, ::testing::ValuesIn(mdbFixtureNames()),
                          [](const auto& info) { return info.param.substr(0, info.param.find('.')); });
-
-// Range lookups over a two-column key, on a tree of several levels with
-// duplicate keys: exactly the rows a scan finds between the bounds, in key order.
-TEST(IndexRange, FindsWhatAScanFindsBetweenTheBounds)
-{
-    using namespace mdb;
-    const std::string path = "range.mdb";
-    MemoryFileSystem files;
-    ASSERT_TRUE(createDatabase(files, path, [](DatabaseWriter& writer) {
-        return writer.createTable("Readings",
-                                  {{"SourceID", ColumnType::Long}, {"DateRead", ColumnType::DateTime},
-                                   {"Reading", ColumnType::Double}},
-                                  {{"SourceDate", {"SourceID", "DateRead"}}});
-    }));
-    std::mt19937 random(42);
-    {
-        auto database = Database::open(files, path, OpenMode::ReadWrite);
-        ASSERT_TRUE(database) << database.error().message;
-        DatabaseWriter writer(**database);
-        for (int i = 0; i < 6000; ++i) {
-            const int32_t source = int32_t(random() % 3);
-            const double day = 46000.0 + double(random() % 2000) / 144.0;  // ten-minute steps, some repeated
-            ASSERT_TRUE(writer.append("Readings", {source, DateTime{day}, double(i)}));
-        }
-        ASSERT_TRUE(writer.commit());
-    }
-    auto database = Database::open(files, path, OpenMode::ReadOnly);
-    ASSERT_TRUE(database) << database.error().message;
-    auto table = (*database)->definition("Readings");
-    ASSERT_TRUE(table);
-    auto rows = (*database)->readAll(*table);
-    ASSERT_TRUE(rows);
-
-    auto keyOf = [](const Row& row) {
-        return std::make_pair(std::get<int32_t>(row.values[0]), std::get<DateTime>(row.values[1]).days);
-    };
-    struct Case {
-        int32_t source;
-        double from, to;
-    };
-    const std::vector<Case> cases = {{1, 46001.0, 46002.0},  {0, 46000.0, 46013.9}, {2, 45000.0, 47000.0},
-                                     {1, 46005.5, 46005.5},  {2, 46003.0, 46002.0}, {3, 46000.0, 47000.0},
-                                     {0, 45990.0, 46000.0}};
-    for (const Case& c : cases) {
-        SCOPED_TRACE(std::to_string(c.source) + " " + std::to_string(c.from) + ".." + std::to_string(c.to));
-        std::vector<Row> found;
-        Status scanned = (*database)->scanRange(*table, "SourceDate", {c.source, DateTime{c.from}},
-                                                {c.source, DateTime{c.to}},
-                                                [&found](const Row& row) {
-                                                    found.push_back(row);
-                                                    return true;
-                                                },
-                                                {"DateRead"});
-        ASSERT_TRUE(scanned) << scanned.error().message;
-        std::multiset<std::pair<int32_t, double>> expected;
-        for (const Row& row : *rows) {
-            const auto key = keyOf(row);
-            if (key.first == c.source && key.second >= c.from && key.second <= c.to)
-                expected.insert(key);
-        }
-        std::multiset<std::pair<int32_t, double>> actual;
-        double previous = -1e300;
-        for (const Row& row : found) {
-            const double day = std::get<DateTime>(row.values[1]).days;
-            EXPECT_GE(day, previous);
-            previous = day;
-            EXPECT_TRUE(isNull(row.values[2])) << "only the named column is decoded";
-            actual.insert({c.source, day});
-        }
-        EXPECT_EQ(actual, expected);
-    }
-
-    // A key of the first column alone covers all of that source's rows.
-    std::ptrdiff_t whole = 0;
-    ASSERT_TRUE((*database)->scanRange(*table, "SourceDate", {int32_t(1)}, {int32_t(1)}, [&whole](const Row& row) {
-        whole += std::get<int32_t>(row.values[0]) == 1;
-        return true;
-    }));
-    EXPECT_EQ(whole, std::count_if(rows->begin(), rows->end(), [&](const Row& r) { return keyOf(r).first == 1; }));
-}

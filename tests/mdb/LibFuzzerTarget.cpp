@@ -2,8 +2,7 @@
 //   cmake -S . -B build-fuzz -DCMAKE_CXX_COMPILER=clang++ -DNIMBREL_FUZZER=ON -DNIMBREL_CORE_ONLY=ON
 //   cmake --build build-fuzz --target mdb_fuzzer
 //   build-fuzz/tests/mdb_fuzzer -max_len=400000 corpus/ ../shared/fixtures/mdb/
-// A crash input found this way is reduced to a seed of FuzzTest.cpp's
-// mutator or described there, and kept as a regression case.
+// A crash input found this way becomes a test of its own (DamagedFileTest.cpp).
 #include "MdbExercise.h"
 
 #include <cstddef>

@@ -1,14 +1,49 @@
 #include "MdbExercise.h"
 
 #include "db/mdb/Database.h"
+#include "db/mdb/DatabaseWriter.h"
 #include "db/mdb/IndexTree.h"
 
-int exerciseDatabase(std::vector<uint8_t> bytes)
+namespace {
+
+// Adds a row of nulls to every table, changes and deletes each table's first row.
+int writeEverywhere(std::vector<uint8_t> bytes)
 {
-    auto database = mdb::Database::open(std::make_unique<mdb::MemoryFile>(std::move(bytes)));
+    mdb::MemoryFileSystem files;
+    files.setContent("fuzzed.mdb", std::move(bytes));
+    auto database = mdb::Database::open(files, "fuzzed.mdb", mdb::OpenMode::ReadWrite);
     if (!database)
         return 1;
     int errors = 0;
+    mdb::DatabaseWriter writer(**database);
+    const std::vector<mdb::TableEntry> tables = (*database)->tables();
+    for (const mdb::TableEntry& entry : tables) {
+        auto table = writer.definition(entry.name);
+        if (!table) {
+            ++errors;
+            continue;
+        }
+        const std::size_t columns = (*table)->columns.size();
+        auto added = writer.append(entry.name, std::vector<mdb::Value>(columns, mdb::Null{}));
+        errors += !added;
+        if (added) {
+            errors += !writer.update(entry.name, *added, std::vector<mdb::Value>(columns, mdb::Null{}));
+            errors += !writer.remove(entry.name, *added);
+        }
+    }
+    errors += !writer.commit();
+    return errors;
+}
+
+}  // namespace
+
+int exerciseDatabase(std::vector<uint8_t> bytes)
+{
+    const int writeErrors = writeEverywhere(bytes);
+    auto database = mdb::Database::open(std::make_unique<mdb::MemoryFile>(std::move(bytes)));
+    if (!database)
+        return 1 + writeErrors;
+    int errors = writeErrors;
     for (const auto& entry : (*database)->tables()) {
         auto table = (*database)->definition(entry.name);
         if (!table) {

@@ -41,6 +41,9 @@ Result<std::vector<RowSlot>> checkRowSlots(ByteView view, const Layout& layout, 
         slot.end = uint16_t(previousStart);
         slot.deleted = raw & kRowDeletedFlag;
         slot.overflow = raw & kRowOverflowFlag;
+        if (slot.start > view.size())
+            return corruption(where + ": row " + std::to_string(i) + " offset " + std::to_string(slot.start) +
+                              " lies past the end of the page");
         if (slot.start < tableEnd || slot.start > previousStart) {
             // A deleted row's offset may be stale; it is never read.
             if (!slot.deleted)

@@ -78,15 +78,21 @@ Result<std::unique_ptr<Database>> Database::open(FileSystem& files, const std::s
     const LockKind lock = fileMode == OpenMode::ReadOnly ? LockKind::Shared : LockKind::Exclusive;
     if (Status locked = files.lock(**file, lock, lockWait); !locked)
         return locked.error();
+    Journal::Recovery recovery;
     if (Journal::needsRecovery(files, path)) {
         auto recovered = Journal::recover(files, path, **file, jet4Layout().pageSize);
         if (!recovered)
             return within(path + ": undoing an interrupted change failed", recovered.error());
+        recovery = *recovered;
     }
 
     auto database = openChecked(std::move(*file));
     if (!database)
         return database.error();
+    if (!recovery.setAside.empty())
+        (*database)->notices_.push_back(path + ": the journal of an interrupted change did not match this file (it "
+                                        "may have been replaced by a copy since) and was not applied; it was set "
+                                        "aside as " + recovery.setAside);
     (*database)->files_ = &files;
     (*database)->path_ = path;
     (*database)->mode_ = fileMode;
@@ -263,7 +269,13 @@ Result<Row> Database::readRowAt(const TableDefinition& table, RowPointer locatio
 Result<std::vector<Row>> Database::find(const TableDefinition& table, const std::string& indexName,
                                         const std::vector<Value>& key)
 {
-    PagerIndexPages pages(*pager_);
+    const Index* index = table.index(indexName);
+    if (!index)
+        return notFound("table " + table.name + " has no index named " + indexName);
+    auto form = indexTreeForm(*pager_, table.realIndexes[index->realIndex].rootPage);
+    if (!form)
+        return within("table " + table.name + ", index " + indexName, form.error());
+    PagerIndexPages pages(*pager_, *form);
     return findRows(*this, pages, table, indexName, key);
 }
 

@@ -54,6 +54,9 @@ public:
     static std::string accessLockPath(const std::string& path);
 
     const HeaderInfo& header() const { return header_; }
+    // What opening found worth telling the user although the file opened
+    // (a journal set aside because it belongs to another file).
+    const std::vector<std::string>& notices() const { return notices_; }
     const Layout& layout() const { return *header_.layout; }
     // Every table of the catalog, system tables included, in catalog order.
     const std::vector<TableEntry>& tables() const { return tables_; }
@@ -109,6 +112,7 @@ private:
     std::string path_;
     OpenMode mode_ = OpenMode::ReadOnly;
     bool broken_ = false;
+    std::vector<std::string> notices_;
 };
 
 // The rows whose first key.size() columns of the index equal `key`, reading

@@ -64,7 +64,8 @@ Status layOutColumns(TableDefinition& table, const std::vector<ColumnSpec>& spec
                 return invalidArgument("column " + spec.name + ": only Long Integer columns can be autonumbers");
             column.flags |= Column::kAutonumberFlag;
         }
-        if (isVariable(spec.type)) {
+        const bool fixedText = spec.fixedLength && spec.type == ColumnType::Text;
+        if (isVariable(spec.type) && !fixedText) {
             column.variableIndex = variableIndex++;
             column.length = spec.type == ColumnType::Text ? uint16_t(spec.characters * 2)
                             : spec.type == ColumnType::Binary ? 510 : 0;
@@ -73,7 +74,7 @@ Status layOutColumns(TableDefinition& table, const std::vector<ColumnSpec>& spec
         } else {
             column.flags |= Column::kFixedFlag;
             column.variableIndex = variableIndex;  // variable columns before it, as Access records
-            column.length = uint16_t(fixedSizeOf(spec.type));
+            column.length = fixedText ? uint16_t(spec.characters * 2) : uint16_t(fixedSizeOf(spec.type));
             column.fixedOffset = spec.type == ColumnType::Boolean ? 0 : fixedOffset;
             if (spec.type != ColumnType::Boolean)
                 fixedOffset = uint16_t(fixedOffset + column.length);

@@ -14,6 +14,7 @@ struct ColumnSpec {
     ColumnType type = ColumnType::Long;
     uint16_t characters = 255;  // text columns: the longest text
     bool autonumber = false;
+    bool fixedLength = false;   // text columns: always `characters` long, kept in the row's fixed part
 };
 
 // An index of a table to be made; its columns are ascending.

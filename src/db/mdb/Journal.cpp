@@ -30,9 +30,12 @@ namespace Journal {
 namespace {
 
 constexpr char kMagic[16] = "Nimbrel journal";
-constexpr uint32_t kFormatVersion = 1;
-constexpr std::size_t kHeaderSize = 40;  // magic, version, page size, file size, entries, checksum
-constexpr std::size_t kEntryHeaderSize = 8;  // page number, checksum
+constexpr uint32_t kFormatVersion = 2;
+// magic, version, page size, size before, size after, page count, checksum
+constexpr std::size_t kHeaderSize = 48;
+constexpr std::size_t kHeaderChecksumOffset = 44;
+// page number, checksum of number and original bytes, checksum of the new bytes
+constexpr std::size_t kEntryHeaderSize = 12;
 
 void put32(std::vector<uint8_t>& out, uint32_t value)
 {
@@ -46,8 +49,18 @@ void put64(std::vector<uint8_t>& out, uint64_t value)
     put32(out, uint32_t(value >> 32));
 }
 
-// The journal's bytes: the original content of every changed page that
-// existed before the change, and the original size of the file.
+uint32_t entryChecksum(uint32_t pageNumber, std::span<const uint8_t> bytes)
+{
+    std::vector<uint8_t> number;
+    put32(number, pageNumber);
+    return crc32(bytes, crc32(number));
+}
+
+// The journal's bytes: the file's size before and after the change, and
+// for every changed page that existed before the change its original bytes
+// with checksums of them and of the new bytes. Together they identify the
+// file the journal belongs to: at any moment of the change, each page holds
+// its original or its new bytes, and the size lies between the two sizes.
 Result<std::vector<uint8_t>> buildJournal(Pager& pager, File& database)
 {
     auto size = database.size();
@@ -64,16 +77,16 @@ Result<std::vector<uint8_t>> buildJournal(Pager& pager, File& database)
     put32(journal, kFormatVersion);
     put32(journal, uint32_t(pageSize));
     put64(journal, *size);
+    put64(journal, std::max<uint64_t>(*size, uint64_t(pager.pageCount()) * pageSize));
     put32(journal, uint32_t(originals.size()));
     put32(journal, crc32(journal));
     std::vector<uint8_t> page(pageSize);
     for (uint32_t pageNumber : originals) {
         if (Status read = database.read(uint64_t(pageNumber) * pageSize, page); !read)
             return read.error();
-        std::vector<uint8_t> entry;
-        put32(entry, pageNumber);
         put32(journal, pageNumber);
-        put32(journal, crc32(page, crc32(entry)));
+        put32(journal, entryChecksum(pageNumber, page));
+        put32(journal, crc32(*pager.changes().at(pageNumber)));
         journal.insert(journal.end(), page.begin(), page.end());
     }
     return journal;
@@ -94,6 +107,89 @@ Status writeChanges(Pager& pager, File& database)
             return written;
     }
     return database.sync();
+}
+
+// A journal read back: complete when its size and every checksum are right.
+struct SavedChange {
+    bool complete = false;
+    uint64_t sizeBefore = 0;
+    uint64_t sizeAfter = 0;
+    struct Entry {
+        uint32_t page;
+        uint32_t originalChecksum;
+        uint32_t newChecksum;
+        ByteView original;
+    };
+    std::vector<Entry> entries;
+};
+
+SavedChange parseJournal(const std::vector<uint8_t>& bytes, std::size_t pageSize)
+{
+    SavedChange change;
+    const ByteView view(bytes);
+    const std::size_t entrySize = kEntryHeaderSize + pageSize;
+    if (!view.has(0, kHeaderSize) || std::memcmp(bytes.data(), kMagic, sizeof kMagic) != 0 ||
+        view.u32(16) != kFormatVersion || view.u32(20) != pageSize ||
+        view.u32(kHeaderChecksumOffset) != crc32(view.sub(0, kHeaderChecksumOffset).span()) ||
+        bytes.size() != kHeaderSize + std::size_t(view.u32(40)) * entrySize)
+        return change;
+    change.sizeBefore = view.u64(24);
+    change.sizeAfter = view.u64(32);
+    for (std::size_t at = kHeaderSize; at < bytes.size(); at += entrySize) {
+        SavedChange::Entry entry{view.u32(at), view.u32(at + 4), view.u32(at + 8),
+                                 view.sub(at + kEntryHeaderSize, pageSize)};
+        if (entry.originalChecksum != entryChecksum(entry.page, entry.original.span()))
+            return change;
+        change.entries.push_back(entry);
+    }
+    change.complete = true;
+    return change;
+}
+
+// Whether `database` is the file the change was being made to: its size
+// between the sizes before and after, each saved page holding its original
+// or its new bytes.
+Result<bool> belongsTo(const SavedChange& change, File& database, std::size_t pageSize)
+{
+    auto size = database.size();
+    if (!size)
+        return size.error();
+    if (*size < change.sizeBefore || *size > change.sizeAfter)
+        return false;
+    std::vector<uint8_t> page(pageSize);
+    for (const SavedChange::Entry& entry : change.entries) {
+        if (Status read = database.read(uint64_t(entry.page) * pageSize, page); !read)
+            return read.error();
+        const uint32_t current = crc32(page);
+        if (entryChecksum(entry.page, page) != entry.originalChecksum && current != entry.newChecksum)
+            return false;
+    }
+    return true;
+}
+
+Status emptyJournal(FileSystem& files, const std::string& journalPath)
+{
+    auto writable = files.open(journalPath, OpenMode::ReadWrite);
+    if (!writable)
+        return writable.error();
+    if (Status emptied = (*writable)->truncate(0); !emptied)
+        return emptied;
+    return (*writable)->sync();
+}
+
+// Moves a journal that belongs to another file out of the way, under a name
+// no other file has.
+Result<std::string> setAside(FileSystem& files, const std::string& journalPath)
+{
+    for (int attempt = 1; attempt < 1000; ++attempt) {
+        const std::string target = journalPath + ".stale-" + std::to_string(attempt);
+        if (files.exists(target))
+            continue;
+        if (Status moved = files.renameNoReplace(journalPath, target); !moved)
+            return moved.error();
+        return target;
+    }
+    return ioError("cannot find a free name to set aside " + journalPath);
 }
 
 }  // namespace
@@ -180,51 +276,59 @@ Status commit(FileSystem& files, const std::string& databasePath, File& database
     return Status::success();
 }
 
-Result<bool> recover(FileSystem& files, const std::string& databasePath, File& database, std::size_t pageSize)
+Result<Recovery> recover(FileSystem& files, const std::string& databasePath, File& database, std::size_t pageSize)
 {
     const std::string journalPath = pathFor(databasePath);
     if (!needsRecovery(files, databasePath))
-        return false;
-    auto journal = files.open(journalPath, OpenMode::ReadOnly);
-    if (!journal)
-        return within("cannot read the journal of an interrupted change", journal.error());
-    auto size = (*journal)->size();
-    if (!size)
-        return size.error();
-    std::vector<uint8_t> bytes(*size);
-    if (Status read = (*journal)->read(0, bytes); !read)
-        return read.error();
-    journal->reset();
+        return Recovery{};
+    std::vector<uint8_t> bytes;
+    {
+        auto journal = files.open(journalPath, OpenMode::ReadOnly);
+        if (!journal)
+            return within("cannot read the journal of an interrupted change", journal.error());
+        auto size = (*journal)->size();
+        if (!size)
+            return size.error();
+        // A complete journal is never larger than the file it saves pages
+        // of, with a header per page; a larger one is not read at all.
+        auto databaseSize = database.size();
+        if (!databaseSize)
+            return databaseSize.error();
+        const uint64_t largest = kHeaderSize + (*databaseSize / pageSize) * (kEntryHeaderSize + pageSize);
+        if (*size <= largest) {
+            bytes.resize(*size);
+            if (Status read = (*journal)->read(0, bytes); !read)
+                return read.error();
+        }
+    }
 
-    const ByteView view(bytes);
-    const std::size_t entrySize = kEntryHeaderSize + pageSize;
-    bool complete = view.has(0, kHeaderSize) && std::memcmp(bytes.data(), kMagic, sizeof kMagic) == 0 &&
-                    view.u32(16) == kFormatVersion && view.u32(20) == pageSize &&
-                    view.u32(36) == crc32(std::span(bytes).first(36)) &&
-                    bytes.size() == kHeaderSize + std::size_t(view.u32(32)) * entrySize;
-    for (std::size_t at = kHeaderSize; complete && at < bytes.size(); at += entrySize)
-        complete = view.u32(at + 4) == crc32(view.sub(at + kEntryHeaderSize, pageSize).span(), crc32(view.sub(at, 4).span()));
-
-    if (complete) {
+    const SavedChange change = parseJournal(bytes, pageSize);
+    Recovery recovery;
+    if (change.complete) {
+        auto ours = belongsTo(change, database, pageSize);
+        if (!ours)
+            return ours.error();
+        if (!*ours) {
+            auto moved = setAside(files, journalPath);
+            if (!moved)
+                return moved.error();
+            recovery.setAside = *moved;
+            return recovery;
+        }
         // Each page is put back; doing this twice does no harm.
-        for (std::size_t at = kHeaderSize; at < bytes.size(); at += entrySize) {
-            const uint64_t offset = uint64_t(view.u32(at)) * pageSize;
-            if (Status written = database.write(offset, view.sub(at + kEntryHeaderSize, pageSize).span()); !written)
+        for (const SavedChange::Entry& entry : change.entries) {
+            if (Status written = database.write(uint64_t(entry.page) * pageSize, entry.original.span()); !written)
                 return written.error();
         }
-        if (Status cut = database.truncate(view.u64(24)); !cut)
+        if (Status cut = database.truncate(change.sizeBefore); !cut)
             return cut.error();
         if (Status synced = database.sync(); !synced)
             return synced.error();
+        recovery.undone = true;
     }
-    auto writable = files.open(journalPath, OpenMode::ReadWrite);
-    if (!writable)
-        return writable.error();
-    if (Status emptied = (*writable)->truncate(0); !emptied)
+    if (Status emptied = emptyJournal(files, journalPath); !emptied)
         return emptied.error();
-    if (Status synced = (*writable)->sync(); !synced)
-        return synced.error();
-    return complete;
+    return recovery;
 }
 
 }  // namespace Journal

@@ -19,7 +19,11 @@ namespace mdb {
 // Whenever a complete journal is found (after a crash or a failed write),
 // recover() puts the original pages back, so the database reads as before
 // the change; an incomplete journal means the database was not yet touched
-// and is simply emptied.
+// and is simply emptied. A journal identifies its file by the sizes before
+// and after the change and checksums of every page's old and new bytes; a
+// journal that does not fit the file now bearing the database's name (a
+// backup restored after a crash, say) is never applied: it is set aside
+// under another name.
 namespace Journal {
 
 std::string pathFor(const std::string& databasePath);
@@ -33,9 +37,16 @@ bool needsRecovery(FileSystem& files, const std::string& databasePath);
 // recovery at the next open) and the pending changes are discarded.
 Status commit(FileSystem& files, const std::string& databasePath, File& database, Pager& pager);
 
-// Puts back the database's original pages from a complete journal and
-// empties the journal. Returns whether a change was undone.
-Result<bool> recover(FileSystem& files, const std::string& databasePath, File& database, std::size_t pageSize);
+// What recover() did.
+struct Recovery {
+    bool undone = false;   // an interrupted change was undone
+    std::string setAside;  // a journal that did not fit the file was moved here
+};
+
+// Puts back the database's original pages from a complete journal that
+// belongs to `database`, and empties the journal; sets aside a journal that
+// belongs to another file.
+Result<Recovery> recover(FileSystem& files, const std::string& databasePath, File& database, std::size_t pageSize);
 
 }  // namespace Journal
 
