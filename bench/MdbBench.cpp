@@ -8,8 +8,8 @@
 //                  (1 GB, far past the 128 MB a global usage map on page 1
 //                  describes), then one reading logged as above.
 // Run: build/bench/mdb_bench (the ten-year file is built once, in /tmp).
-#include "db/NimbrelSchema.h"
-#include "db/mdb/DatabaseCreator.h"
+#include "core/db/NimbrelSchema.h"
+#include "mdb/DatabaseCreator.h"
 
 #include <algorithm>
 #include <benchmark/benchmark.h>

@@ -2,15 +2,15 @@
 
 #include "app/DatabaseBench.h"
 
-#include "db/NimbrelSchema.h"
-#include "db/mdb/Database.h"
-#include "db/mdb/DatabaseWriter.h"
-#include "db/mdb/Verifier.h"
-#include "errors/ErrorLogFile.h"
-#include "errors/ErrorReporter.h"
-#include "readings/StationSimulator.h"
-#include "readings/clsWeather.h"
-#include "shared/NumberText.h"
+#include "core/db/NimbrelSchema.h"
+#include "mdb/Database.h"
+#include "mdb/DatabaseWriter.h"
+#include "mdb/Verifier.h"
+#include "core/errors/ErrorLogFile.h"
+#include "core/errors/ErrorReporter.h"
+#include "core/readings/StationSimulator.h"
+#include "core/readings/WeatherReading.h"
+#include "core/text/NumberText.h"
 
 #include <QCoreApplication>
 #include <QDateTime>
@@ -37,10 +37,10 @@ const char* const kUsage =
     "  create-db FILE       make a new Access database with Nimbrel's tables\n"
     "                       (History, Sources, Favorites, Traces, DayDiary); never\n"
     "                       writes over an existing file.\n"
-    "  verify-db FILE [--repair] check an Access database's rows, indexes and page\n"
-    "                       maps; notes list what Access itself leaves behind. With\n"
-    "                       --repair, first rewrite what earlier versions of Nimbrel\n"
-    "                       wrote in forms other programs cannot read.\n"
+    "  verify-db FILE [--repair] [--notes] check an Access database's rows, indexes\n"
+    "                       and page maps. --notes lists what Access itself leaves\n"
+    "                       behind (no fault); --repair first rewrites what earlier\n"
+    "                       versions of Nimbrel wrote in forms other programs cannot read.\n"
     "  simulate FILE [--once] be a weather station: write a current-data file to FILE\n"
     "                       now and as every minute begins (with --once: now only).\n"
     "  --demo               start the window on the demo station (its own database,\n"
@@ -54,35 +54,35 @@ const char* const kUsage =
 // Error-log lines, dated as in the log file, on standard error.
 class StandardErrorReporter final : public ErrorReporter {
 public:
-    void ReportError(const QString& message) override
+    void report(const QString& message) override
     {
         QTextStream(stderr) << ErrorLogFile::entry(QDateTime::currentDateTime(), message);
     }
 };
 
-void printReading(QTextStream& out, bool result, const clsWeather& w)
+void printReading(QTextStream& out, bool result, const WeatherReading& w)
 {
-    const auto number = [](double value) { return NumberText::GeneralNumber(value); };
+    const auto number = [](double value) { return NumberText::generalNumber(value); };
     out << "Result: " << (result ? "true" : "false") << '\n';
-    out << "ReadDate: " << w.ReadDate().toString(QStringLiteral("yyyy-MM-dd HH:mm:ss")) << '\n';
-    out << "Stability: " << w.Stability() << '\n';
-    out << "StabilityData: " << w.StabilityData() << '\n';
-    out << "Trend: " << w.Trend() << '\n';
-    out << "TrendData: " << w.TrendData() << '\n';
-    out << "StormWarning: " << w.StormWarning() << '\n';
-    out << "StormWarningData: " << w.StormWarningData() << '\n';
-    out << "RainTotal: " << number(w.RainTotal()) << '\n';
-    out << "Rain24hr: " << number(w.Rain24hr()) << '\n';
-    out << "Rain1hr: " << number(w.Rain1hr()) << '\n';
-    out << "WindChill: " << number(w.WindChill()) << '\n';
-    out << "Dewpoint: " << number(w.Dewpoint()) << '\n';
-    out << "WindDirection: " << w.WindDirection() << '\n';
-    out << "WindSpeed: " << number(w.WindSpeed()) << '\n';
-    out << "HumidityIn: " << number(w.HumidityIn()) << '\n';
-    out << "HumidityOut: " << number(w.HumidityOut()) << '\n';
-    out << "TemperatureIn: " << number(w.TemperatureIn()) << '\n';
-    out << "TemperatureOut: " << number(w.TemperatureOut()) << '\n';
-    out << "Barometer: " << number(w.Barometer()) << '\n';
+    out << "ReadDate: " << w.readDate().toString(QStringLiteral("yyyy-MM-dd HH:mm:ss")) << '\n';
+    out << "Stability: " << w.stabilityText() << '\n';
+    out << "StabilityData: " << w.stabilityCode() << '\n';
+    out << "Trend: " << w.trendText() << '\n';
+    out << "TrendData: " << w.trendCode() << '\n';
+    out << "StormWarning: " << w.stormText() << '\n';
+    out << "StormWarningData: " << w.stormCode() << '\n';
+    out << "RainTotal: " << number(w.rainTotal()) << '\n';
+    out << "Rain24hr: " << number(w.rain24h()) << '\n';
+    out << "Rain1hr: " << number(w.rain1h()) << '\n';
+    out << "WindChill: " << number(w.windChill()) << '\n';
+    out << "Dewpoint: " << number(w.dewpoint()) << '\n';
+    out << "WindDirection: " << w.windDirection() << '\n';
+    out << "WindSpeed: " << number(w.windSpeed()) << '\n';
+    out << "HumidityIn: " << number(w.humidityIn()) << '\n';
+    out << "HumidityOut: " << number(w.humidityOut()) << '\n';
+    out << "TemperatureIn: " << number(w.temperatureIn()) << '\n';
+    out << "TemperatureOut: " << number(w.temperatureOut()) << '\n';
+    out << "Barometer: " << number(w.barometer()) << '\n';
 }
 
 int runRead(const QStringList& arguments)
@@ -101,8 +101,8 @@ int runRead(const QStringList& arguments)
     }
 
     StandardErrorReporter errors;
-    clsWeather reading;
-    const bool result = reading.RefreshData(files.first(), feed ? 1 : 0, errors, QDateTime::currentDateTime());
+    WeatherReading reading;
+    const bool result = reading.readSourceFile(files.first(), feed ? 1 : 0, errors, QDateTime::currentDateTime());
     QTextStream out(stdout);
     printReading(out, result, reading);
     return result ? 0 : 1;
@@ -217,9 +217,10 @@ mdb::Status repairDatabase(const std::string& path)
 int runVerifyDb(const QStringList& arguments)
 {
     const bool repair = arguments.contains(u"--repair"_qs);
-    const QStringList files = QStringList(arguments).filter(QRegularExpression("^(?!--repair$)"));
+    const bool listNotes = arguments.contains(u"--notes"_qs);
+    const QStringList files = QStringList(arguments).filter(QRegularExpression("^(?!--repair$|--notes$)"));
     if (files.size() != 1) {
-        QTextStream(stderr) << "nimbrel verify-db: give a database file (nimbrel verify-db FILE [--repair])\n";
+        QTextStream(stderr) << "nimbrel verify-db: give a database file (nimbrel verify-db FILE [--repair] [--notes])\n";
         return 2;
     }
     const std::string path = files.first().toStdString();
@@ -238,10 +239,15 @@ int runVerifyDb(const QStringList& arguments)
     QTextStream out(stdout);
     for (const std::string& problem : report.problems)
         out << QString::fromStdString(problem) << '\n';
-    for (const std::string& note : report.notes)
-        out << "note: " << QString::fromStdString(note) << '\n';
+    if (listNotes) {
+        for (const std::string& note : report.notes)
+            out << "note: " << QString::fromStdString(note) << '\n';
+    }
     if (report.problems.empty())
-        out << "No problems found" << (report.notes.empty() ? "" : QStringLiteral(" (%1 notes)").arg(report.notes.size()))
+        out << "No problems found"
+            << (report.notes.empty() || listNotes
+                    ? QString()
+                    : QStringLiteral(" (%1 notes on what Access leaves behind; --notes lists them)").arg(report.notes.size()))
             << '\n';
     else
         out << report.problems.size() << " problems found\n";

@@ -1,17 +1,17 @@
 #include "app/DatabaseBench.h"
 
-#include "db/ColumnValues.h"
-#include "db/HistoryRange.h"
-#include "db/NimbrelSchema.h"
-#include "db/ReadingLogger.h"
-#include "db/mdb/Database.h"
-#include "errors/ErrorReporter.h"
-#include "errors/MessageBoxes.h"
-#include "settings/SettingsModel.h"
-#include "settings/clsSource.h"
-#include "shared/Clock.h"
-#include "shared/DateText.h"
-#include "shared/modNimbrel.h"
+#include "core/db/ColumnValues.h"
+#include "core/db/HistoryRange.h"
+#include "core/db/NimbrelSchema.h"
+#include "core/db/ReadingLogger.h"
+#include "mdb/Database.h"
+#include "core/errors/ErrorReporter.h"
+#include "core/errors/MessageBoxes.h"
+#include "core/settings/SettingsModel.h"
+#include "core/sources/WeatherSource.h"
+#include "core/text/Clock.h"
+#include "core/text/DateText.h"
+#include "core/text/Compass.h"
 
 #include <QDir>
 #include <QElapsedTimer>
@@ -31,7 +31,7 @@ const QDateTime kFirstReading(QDate(2016, 1, 1), QTime(0, 0));
 
 class CountingErrors final : public ErrorReporter {
 public:
-    void ReportError(const QString& message) override { last = message; ++count; }
+    void report(const QString& message) override { last = message; ++count; }
     QString last;
     int count = 0;
 };
@@ -62,7 +62,7 @@ struct Weather {
         const mdb::DateTime stamp = ColumnValues::toDateTime(time);
         return {std::round(pressure * 10) / 10, 21.0 + noise(0.5), 45.0 + noise(3), std::round(out * 10) / 10,
                 std::round(humidity), std::round((out - 3) * 10) / 10, std::round((out - wind / 4) * 10) / 10,
-                std::round(wind * 10) / 10, modNimbrel::CompassText(direction).toStdString(), rainTotal,
+                std::round(wind * 10) / 10, Compass::text(direction).toStdString(), rainTotal,
                 DateText::format(time, "HH:mm").toStdString(), DateText::format(time, "dd.MM.yyyy").toStdString(),
                 stamp, raining ? 0.3 : 0.0, 0.0, int16_t(random() % 3 - 1), int16_t(random() % 3),
                 int16_t(0), int32_t(0)};
@@ -117,10 +117,10 @@ bool timeLogReading(const QString& path, const Environment& environment, Countin
     SettingsModel settings;
     settings.setDatabase(path);
     ReadingLogger logger(settings, environment);
-    clsSource source(environment);
+    WeatherSource source(environment);
     std::vector<double> times;
     for (int i = 0; i < kLoggedReadings; ++i) {
-        clsWeather& w = source.wData();
+        WeatherReading& w = source.reading();
         w.setReadDate(kFirstReading.addSecs(600LL * (kReadings + i)));
         w.setBarometer(1013.2 + i % 7);
         w.setTemperatureOut(8.5 + i % 5);
@@ -128,7 +128,7 @@ bool timeLogReading(const QString& path, const Environment& environment, Countin
         w.setWindDirection("SSW");
         QElapsedTimer timer;
         timer.start();
-        const bool logged = logger.LogReading(source);
+        const bool logged = logger.logReading(source);
         times.push_back(double(timer.nsecsElapsed()) / 1e6);
         if (!logged) {
             errors << "LogReading failed: " << reported.last.trimmed() << '\n';

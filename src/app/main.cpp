@@ -1,14 +1,14 @@
 #include "app/CommandLine.h"
-#include "app/DemoStation.h"
-#include "app/ui/GuiBusyCursor.h"
-#include "app/ui/GuiMessageBoxes.h"
-#include "app/ui/MainWindow.h"
-#include "db/mdb/DatabaseWriter.h"
-#include "errors/ErrorRoutine.h"
-#include "errors/SmtpMailer.h"
-#include "readings/StationSimulator.h"
-#include "settings/SettingsModel.h"
-#include "shared/Clock.h"
+#include "core/cycle/DemoStation.h"
+#include "ui/GuiBusyCursor.h"
+#include "ui/GuiMessageBoxes.h"
+#include "ui/MainWindow.h"
+#include "mdb/DatabaseWriter.h"
+#include "core/errors/ErrorRouter.h"
+#include "core/errors/SmtpMailer.h"
+#include "core/readings/StationSimulator.h"
+#include "core/settings/SettingsModel.h"
+#include "core/text/Clock.h"
 
 #include <QApplication>
 #include <QMessageBox>
@@ -39,7 +39,7 @@ void simulateStation(const DemoStation& demo, const Clock& clock, ErrorReporter&
         *lastMinute = now;
         QString error;
         if (!StationSimulator::writeCurrentDataFile(demo.stationFile(), now, error))
-            errors.ReportError("\r\nDemo Station Error: " + error);
+            errors.report("\r\nDemo Station Error: " + error);
     });
     timer->start(1000);
 }
@@ -56,7 +56,7 @@ int runWindow(int argc, char** argv, bool demoMode)
     GuiMessageBoxes boxes;
     SmtpMailer mailer;
     SettingsModel settings;
-    ErrorRoutine errors(settings, boxes, mailer, clock);
+    ErrorRouter errors(settings, boxes, mailer, clock);
     GuiBusyCursor busy;
     const Environment environment{errors, boxes, clock, busy};
 
@@ -75,7 +75,7 @@ int runWindow(int argc, char** argv, bool demoMode)
     } else {
         store = std::make_unique<QSettings>();
     }
-    settings.LoadSettings(*store, QCoreApplication::applicationDirPath(), errors);
+    settings.load(*store, QCoreApplication::applicationDirPath(), errors);
 
     MainWindow window(settings, environment, *store);
     boxes.setParentWindow(&window);

@@ -1,4 +1,4 @@
-#include "shared/Cp1252.h"
+#include "core/text/Cp1252.h"
 
 #include <gtest/gtest.h>
 

@@ -1,12 +1,12 @@
-#include "app/CurrentConditions.h"
+#include "core/cycle/CurrentConditions.h"
 
 #include <gtest/gtest.h>
 
 namespace {
 
-clsWeather reading()
+WeatherReading reading()
 {
-    clsWeather w;
+    WeatherReading w;
     w.setReadDate(QDateTime(QDate(2026, 3, 5), QTime(14, 7, 9)));
     w.setBarometer(1013.25);
     w.setTemperatureOut(-2.5);
@@ -15,8 +15,8 @@ clsWeather reading()
     w.setHumidityIn(45);
     w.setWindSpeed(10.799136);
     w.setWindDirection("NNE");
-    w.setRain1hr(0.3);
-    w.setRain24hr(2.4);
+    w.setRain1h(0.3);
+    w.setRain24h(2.4);
     w.setRainTotal(451.3);
     return w;
 }
@@ -24,7 +24,7 @@ clsWeather reading()
 TEST(CurrentConditions, LabelsAndPanelTexts)
 {
     CurrentConditions shown;
-    shown.ShowReading(reading());
+    shown.showReading(reading());
     const QStringList labels = {"1013.25", "-2.5", "84", "21", "45", "10.8", "NNE", "14:07 05-Mar-2026", "0.3", "2.4"};
     for (int i = 0; i < CurrentConditions::kLabels; ++i)
         EXPECT_EQ(shown.label(i), labels[i]) << "lblCur(" << i << ")";
@@ -40,37 +40,37 @@ TEST(CurrentConditions, LabelsAndPanelTexts)
 TEST(CurrentConditions, PicturesFollowTrendStabilityAndStorm)
 {
     CurrentConditions shown;
-    clsWeather w = reading();
-    w.setTrend("-1");
-    w.setStability("-1");
-    shown.ShowReading(w);
+    WeatherReading w = reading();
+    w.setTrendText("-1");
+    w.setStabilityText("-1");
+    shown.showReading(w);
     EXPECT_EQ(shown.trendImage(), "") << "\"---\" shows no picture";
     EXPECT_EQ(shown.weatherImage(), "");
 
     const std::pair<const char*, const char*> trends[] = {{"1", "up"}, {"2", "down"}, {"0", ""}};
     for (const auto& [code, picture] : trends) {
-        w.setTrend(code);
-        shown.ShowReading(w);
+        w.setTrendText(code);
+        shown.showReading(w);
         EXPECT_EQ(shown.trendImage(), picture) << code;
         EXPECT_EQ(shown.panelImage("barometer"), picture) << code;
     }
     const std::pair<const char*, const char*> weathers[] = {{"0", "rain"}, {"1", "cloud"}, {"2", "sun"}};
     for (const auto& [code, picture] : weathers) {
-        w.setStability(code);
-        shown.ShowReading(w);
+        w.setStabilityText(code);
+        shown.showReading(w);
         EXPECT_EQ(shown.weatherImage(), picture) << code;
         EXPECT_EQ(shown.panelImage("time"), picture) << code;
         EXPECT_EQ(shown.panelImage("rain"), "");
     }
 
     // A storm warning keeps the weather picture and shows the storm in the rain panel.
-    w.setStormWarning("1");
-    w.setStability("0");
-    shown.ShowReading(w);
+    w.setStormText("1");
+    w.setStabilityText("0");
+    shown.showReading(w);
     EXPECT_EQ(shown.weatherImage(), "sun");
     EXPECT_EQ(shown.panelImage("rain"), "storm");
-    w.setStormWarning("0");
-    shown.ShowReading(w);
+    w.setStormText("0");
+    shown.showReading(w);
     EXPECT_EQ(shown.weatherImage(), "rain");
     EXPECT_EQ(shown.panelImage("rain"), "") << "the storm picture goes with the warning";
 }

@@ -1,4 +1,4 @@
-#include "readings/clsWeather.h"
+#include "core/readings/WeatherReading.h"
 #include "support/TestSupport.h"
 
 #include <gtest/gtest.h>
@@ -75,12 +75,12 @@ class CurrentDataReader : public ::testing::Test {
 protected:
     bool read(const QByteArray& content)
     {
-        return reading.RefreshData(folder.write("currdat.lst", content), 0, errors, kNow);
+        return reading.readSourceFile(folder.write("currdat.lst", content), 0, errors, kNow);
     }
 
     TempFolder folder;
     RecordingErrors errors;
-    clsWeather reading;
+    WeatherReading reading;
 };
 
 }  // namespace
@@ -89,62 +89,62 @@ TEST_F(CurrentDataReader, ReadsTheBlankSeparatedLayoutFromItsFixedLinesAndColumn
 {
     ASSERT_TRUE(read(blankSeparatedFile()));
     EXPECT_TRUE(errors.empty());
-    EXPECT_EQ(reading.ReadDate(), QDateTime(QDate(2006, 7, 3), QTime(16, 0, 24)));
-    EXPECT_EQ(reading.Stability(), "Stable");          // second line after the header
-    EXPECT_EQ(reading.Trend(), "Falling");             // third
-    EXPECT_EQ(reading.StormWarning(), "Storm Warning");  // second
-    EXPECT_EQ(reading.TemperatureIn(), 22.5);
-    EXPECT_EQ(reading.HumidityIn(), 45);
-    EXPECT_EQ(reading.HumidityOut(), 93);
-    EXPECT_EQ(reading.Dewpoint(), -13.9);
-    EXPECT_EQ(reading.WindChill(), -18.2);
-    EXPECT_EQ(reading.WindSpeed(), 9.9);               // fourth: knots, not km/h
-    EXPECT_EQ(reading.WindDirection(), "NNE");
-    EXPECT_EQ(reading.Rain24hr(), 0.6);
-    EXPECT_EQ(reading.Rain1hr(), 0.3);
+    EXPECT_EQ(reading.readDate(), QDateTime(QDate(2006, 7, 3), QTime(16, 0, 24)));
+    EXPECT_EQ(reading.stabilityText(), "Stable");          // second line after the header
+    EXPECT_EQ(reading.trendText(), "Falling");             // third
+    EXPECT_EQ(reading.stormText(), "Storm Warning");  // second
+    EXPECT_EQ(reading.temperatureIn(), 22.5);
+    EXPECT_EQ(reading.humidityIn(), 45);
+    EXPECT_EQ(reading.humidityOut(), 93);
+    EXPECT_EQ(reading.dewpoint(), -13.9);
+    EXPECT_EQ(reading.windChill(), -18.2);
+    EXPECT_EQ(reading.windSpeed(), 9.9);               // fourth: knots, not km/h
+    EXPECT_EQ(reading.windDirection(), "NNE");
+    EXPECT_EQ(reading.rain24h(), 0.6);
+    EXPECT_EQ(reading.rain1h(), 0.3);
 }
 
 TEST_F(CurrentDataReader, NumbersLongerThanTheirColumnsAreReadWhole)
 {
     ASSERT_TRUE(read(blankSeparatedFile()));
-    EXPECT_EQ(reading.TemperatureOut(), -12.5);
-    EXPECT_EQ(reading.RainTotal(), 451.3);
-    EXPECT_EQ(reading.Barometer(), 1013.25);
+    EXPECT_EQ(reading.temperatureOut(), -12.5);
+    EXPECT_EQ(reading.rainTotal(), 451.3);
+    EXPECT_EQ(reading.barometer(), 1013.25);
 }
 
 TEST_F(CurrentDataReader, ReadsTheCompactLayoutOfTheProfessionalEdition)
 {
-    ASSERT_TRUE(reading.RefreshData(fixturePath("currdat-hwpro-ws2800.lst"), 0, errors, kNow));
+    ASSERT_TRUE(reading.readSourceFile(fixturePath("currdat-hwpro-ws2800.lst"), 0, errors, kNow));
     EXPECT_TRUE(errors.empty());
-    EXPECT_EQ(reading.TemperatureIn(), 28.5);
-    EXPECT_EQ(reading.TemperatureOut(), 21.5);
-    EXPECT_EQ(reading.HumidityIn(), 54);
-    EXPECT_EQ(reading.HumidityOut(), 84);
-    EXPECT_EQ(reading.Dewpoint(), 18.7);
-    EXPECT_EQ(reading.WindChill(), 21.5);
-    EXPECT_EQ(reading.WindSpeed(), 0);
-    EXPECT_EQ(reading.WindDirection(), "SW");
-    EXPECT_EQ(reading.RainTotal(), 451);
-    EXPECT_EQ(reading.Rain24hr(), 22.2);
-    EXPECT_EQ(reading.Rain1hr(), 0);
-    EXPECT_EQ(reading.Barometer(), 936);
-    EXPECT_EQ(reading.Stability(), "Fluctuating");
-    EXPECT_EQ(reading.StabilityData(), 1);
-    EXPECT_EQ(reading.Trend(), "Rising");
-    EXPECT_EQ(reading.TrendData(), 1);
-    EXPECT_EQ(reading.StormWarning(), "");
-    EXPECT_EQ(reading.StormWarningData(), -1);
-    EXPECT_EQ(reading.ReadDate(), QDateTime(QDate(2013, 2, 27), QTime(8, 12, 37), Qt::UTC));
-    EXPECT_EQ(reading.ReadDate().timeSpec(), Qt::LocalTime);
+    EXPECT_EQ(reading.temperatureIn(), 28.5);
+    EXPECT_EQ(reading.temperatureOut(), 21.5);
+    EXPECT_EQ(reading.humidityIn(), 54);
+    EXPECT_EQ(reading.humidityOut(), 84);
+    EXPECT_EQ(reading.dewpoint(), 18.7);
+    EXPECT_EQ(reading.windChill(), 21.5);
+    EXPECT_EQ(reading.windSpeed(), 0);
+    EXPECT_EQ(reading.windDirection(), "SW");
+    EXPECT_EQ(reading.rainTotal(), 451);
+    EXPECT_EQ(reading.rain24h(), 22.2);
+    EXPECT_EQ(reading.rain1h(), 0);
+    EXPECT_EQ(reading.barometer(), 936);
+    EXPECT_EQ(reading.stabilityText(), "Fluctuating");
+    EXPECT_EQ(reading.stabilityCode(), 1);
+    EXPECT_EQ(reading.trendText(), "Rising");
+    EXPECT_EQ(reading.trendCode(), 1);
+    EXPECT_EQ(reading.stormText(), "");
+    EXPECT_EQ(reading.stormCode(), -1);
+    EXPECT_EQ(reading.readDate(), QDateTime(QDate(2013, 2, 27), QTime(8, 12, 37), Qt::UTC));
+    EXPECT_EQ(reading.readDate().timeSpec(), Qt::LocalTime);
 }
 
 TEST_F(CurrentDataReader, CompactMissingValueKeepsThePreviousOne)
 {
-    reading.setRain1hr(1.5);
+    reading.setRain1h(1.5);
     reading.setBarometer(1000);
     ASSERT_TRUE(read("[rain_1h]\nmm=\"---\"\ninch=\"---\"\n\n[pressure_relative]\nhpa=\"1002.5\"\n"));
-    EXPECT_EQ(reading.Rain1hr(), 1.5);
-    EXPECT_EQ(reading.Barometer(), 1002.5);
+    EXPECT_EQ(reading.rain1h(), 1.5);
+    EXPECT_EQ(reading.barometer(), 1002.5);
 }
 
 TEST_F(CurrentDataReader, FieldsAreOnlySetNeverCleared)
@@ -152,15 +152,15 @@ TEST_F(CurrentDataReader, FieldsAreOnlySetNeverCleared)
     reading.setBarometer(999);
     reading.setWindDirection("W");
     ASSERT_TRUE(read("[outdoor_temperature]\r\ndeg_C = \"3.5\"\r\n"));
-    EXPECT_EQ(reading.TemperatureOut(), 3.5);
-    EXPECT_EQ(reading.Barometer(), 999);
-    EXPECT_EQ(reading.WindDirection(), "W");
+    EXPECT_EQ(reading.temperatureOut(), 3.5);
+    EXPECT_EQ(reading.barometer(), 999);
+    EXPECT_EQ(reading.windDirection(), "W");
 }
 
 TEST_F(CurrentDataReader, UnrelatedLinesGiveTrueAndChangeNothing)
 {
     ASSERT_TRUE(read("hello\r\n[unknown]\r\nvalue = \"5\"\r\n [outdoor_temperature]\r\n"));
-    EXPECT_EQ(reading, clsWeather());
+    EXPECT_EQ(reading, WeatherReading());
     EXPECT_TRUE(errors.empty());
 }
 
@@ -174,14 +174,14 @@ TEST_F(CurrentDataReader, LinesAfterAHeaderAreNotHeadersThemselves)
 {
     // The wind-speed header swallows the next four lines, the header among them.
     ASSERT_TRUE(read("[wind_speed]\nmps = \"1\"\n[outdoor_temperature]\ndeg_C = \"7\"\nknt = \"4.5\"\n"));
-    EXPECT_EQ(reading.WindSpeed(), 4.5);
-    EXPECT_EQ(reading.TemperatureOut(), 0);
+    EXPECT_EQ(reading.windSpeed(), 4.5);
+    EXPECT_EQ(reading.temperatureOut(), 0);
 }
 
 TEST_F(CurrentDataReader, FileCutOffInsideAHeadersLinesFailsButKeepsWhatWasRead)
 {
     EXPECT_FALSE(read("[outdoor_temperature]\r\ndeg_C = \"3.5\"\r\n[wind_speed]\r\nmps = \"1\"\r\n"));
-    EXPECT_EQ(reading.TemperatureOut(), 3.5);
+    EXPECT_EQ(reading.temperatureOut(), 3.5);
     ASSERT_EQ(errors.messages().size(), 1);
     EXPECT_TRUE(errors.messages().first().startsWith("\r\nCurrent Data Read Error: "));
     EXPECT_TRUE(errors.messages().first().contains("[wind_speed]"));
@@ -196,7 +196,7 @@ TEST_F(CurrentDataReader, HeaderAtTheVeryEndFails)
 TEST_F(CurrentDataReader, CompactValueCutOffFails)
 {
     EXPECT_FALSE(read("[outdoor_temperature]\ndeg_C=\"21"));
-    EXPECT_EQ(reading.TemperatureOut(), 0);
+    EXPECT_EQ(reading.temperatureOut(), 0);
     ASSERT_EQ(errors.messages().size(), 1);
     EXPECT_TRUE(errors.messages().first().contains("not closed"));
 }
@@ -204,7 +204,7 @@ TEST_F(CurrentDataReader, CompactValueCutOffFails)
 TEST_F(CurrentDataReader, AmpersandsBecomeBlanksBeforeAnyTest)
 {
     ASSERT_TRUE(read("[outdoor_temperature]\ndeg_C = \"21&5\"\n"));
-    EXPECT_EQ(reading.TemperatureOut(), 21);
+    EXPECT_EQ(reading.temperatureOut(), 21);
 }
 
 TEST_F(CurrentDataReader, InvalidTimeKeepsTheOldReadDate)
@@ -212,12 +212,12 @@ TEST_F(CurrentDataReader, InvalidTimeKeepsTheOldReadDate)
     const QDateTime before(QDate(2020, 1, 1), QTime(10, 0));
     reading.setReadDate(before);
     ASSERT_TRUE(read("[time]\na\nb\nc\n" + timeLine("Mon Jul 33 16:00:24 2006")));
-    EXPECT_EQ(reading.ReadDate(), before);
+    EXPECT_EQ(reading.readDate(), before);
 }
 
 TEST_F(CurrentDataReader, AnyLineEndIsAccepted)
 {
     ASSERT_TRUE(read("[outdoor_temperature]\rdeg_C = \"4\"\r[dewpoint]\ndeg_C = \"1\""));
-    EXPECT_EQ(reading.TemperatureOut(), 4);
-    EXPECT_EQ(reading.Dewpoint(), 1);
+    EXPECT_EQ(reading.temperatureOut(), 4);
+    EXPECT_EQ(reading.dewpoint(), 1);
 }

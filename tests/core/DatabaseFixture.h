@@ -1,9 +1,9 @@
 #pragma once
 
 #include "../mdb/MdbToolsOracle.h"
-#include "db/NimbrelSchema.h"
-#include "shared/Clock.h"
-#include "shared/Environment.h"
+#include "core/db/NimbrelSchema.h"
+#include "core/text/Clock.h"
+#include "core/errors/Environment.h"
 #include "support/TestSupport.h"
 
 #include <gtest/gtest.h>

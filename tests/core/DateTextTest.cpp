@@ -1,4 +1,4 @@
-#include "shared/DateText.h"
+#include "core/text/DateText.h"
 
 #include <gtest/gtest.h>
 

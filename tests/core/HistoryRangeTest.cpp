@@ -1,8 +1,8 @@
 #include "DatabaseFixture.h"
-#include "db/ColumnValues.h"
-#include "db/DatabaseSession.h"
-#include "db/HistoryRange.h"
-#include "db/mdb/DatabaseCreator.h"
+#include "core/db/ColumnValues.h"
+#include "core/db/DatabaseSession.h"
+#include "core/db/HistoryRange.h"
+#include "mdb/DatabaseCreator.h"
 
 #include <algorithm>
 #include <random>

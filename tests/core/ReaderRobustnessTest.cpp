@@ -1,7 +1,7 @@
 // Bad input of every kind: the read returns false, reports exactly one
 // "Current Data Read Error: " message, and nothing escapes.
-#include "readings/LineReader.h"
-#include "readings/clsWeather.h"
+#include "core/readings/LineReader.h"
+#include "core/readings/WeatherReading.h"
 #include "support/TestSupport.h"
 
 #include <QFile>
@@ -15,7 +15,7 @@ const QDateTime kNow(QDate(2026, 11, 21), QTime(12, 0));
 struct BadInput {
     bool read(const QString& path, qint16 sourceType = 0)
     {
-        return reading.RefreshData(path, sourceType, errors, kNow);
+        return reading.readSourceFile(path, sourceType, errors, kNow);
     }
     void expectOneReadError(const char* mentioning)
     {
@@ -27,7 +27,7 @@ struct BadInput {
 
     TempFolder folder;
     RecordingErrors errors;
-    clsWeather reading;
+    WeatherReading reading;
 };
 
 }  // namespace
@@ -81,7 +81,7 @@ TEST(ReaderBadInput, OverlongLineIsRefused)
     const QByteArray line = QByteArray(LineReader::kMaxLineBytes + 1, 'x');
     EXPECT_FALSE(t.read(t.folder.write("long.xml", "<b>Temperature:</b> 5\n" + line + "\n"), 1));
     t.expectOneReadError("longer than");
-    EXPECT_EQ(t.reading.TemperatureOut(), 5);
+    EXPECT_EQ(t.reading.temperatureOut(), 5);
 }
 
 TEST(ReaderBadInput, UnreadableFile)
@@ -104,6 +104,6 @@ TEST(ReaderBadInput, EveryByteIsAcceptedAsText)
             bytes += char(b);
     }
     EXPECT_TRUE(t.read(t.folder.write("bytes.lst", bytes + "\n[dewpoint]\ndeg_C = \"-1.5\"\n")));
-    EXPECT_EQ(t.reading.Dewpoint(), -1.5);
+    EXPECT_EQ(t.reading.dewpoint(), -1.5);
     EXPECT_TRUE(t.errors.empty());
 }

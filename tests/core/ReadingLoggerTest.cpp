@@ -1,10 +1,10 @@
 #include "DatabaseFixture.h"
-#include "db/DatabaseSession.h"
-#include "db/ReadingLogger.h"
-#include "db/mdb/Database.h"
-#include "db/mdb/DatabaseCreator.h"
-#include "settings/SettingsModel.h"
-#include "settings/clsSource.h"
+#include "core/db/DatabaseSession.h"
+#include "core/db/ReadingLogger.h"
+#include "mdb/Database.h"
+#include "mdb/DatabaseCreator.h"
+#include "core/settings/SettingsModel.h"
+#include "core/sources/WeatherSource.h"
 
 namespace {
 
@@ -17,11 +17,11 @@ protected:
     }
 
     // A source holding a typical reading taken at `time` on 15 Jan 2026.
-    std::unique_ptr<clsSource> sourceAt(qint32 id, QTime time)
+    std::unique_ptr<WeatherSource> sourceAt(qint32 id, QTime time)
     {
-        auto source = std::make_unique<clsSource>(environment);
+        auto source = std::make_unique<WeatherSource>(environment);
         source->setSourceID(id);
-        clsWeather& w = source->wData();
+        WeatherReading& w = source->reading();
         w.setReadDate(QDateTime(QDate(2026, 1, 15), time));
         w.setBarometer(1013.25);
         w.setTemperatureIn(21.5);
@@ -33,11 +33,11 @@ protected:
         w.setWindSpeed(10.799136);
         w.setWindDirection("NNE");
         w.setRainTotal(451.3);
-        w.setRain1hr(0.3);
-        w.setRain24hr(22.2);
-        w.setTrend("1");
-        w.setStability("-1");
-        w.setStormWarning("0");
+        w.setRain1h(0.3);
+        w.setRain24h(22.2);
+        w.setTrendText("1");
+        w.setStabilityText("-1");
+        w.setStormText("0");
         return source;
     }
 
@@ -48,10 +48,10 @@ protected:
 TEST_F(ReadingLoggerTest, StoresEveryValueInItsForm)
 {
     auto source = sourceAt(3, QTime(10, 5, 10));
-    const clsWeather before = source->wData();
-    EXPECT_TRUE(logger.LogReading(*source));
+    const WeatherReading before = source->reading();
+    EXPECT_TRUE(logger.logReading(*source));
     EXPECT_TRUE(errors.empty()) << errors.messages().join("|").toStdString();
-    EXPECT_EQ(source->wData(), before) << "the reading itself is not changed";
+    EXPECT_EQ(source->reading(), before) << "the reading itself is not changed";
 
     const MdbTools::Export history = exported("History");
     ASSERT_TRUE(history.ok) << history.error;
@@ -72,10 +72,10 @@ TEST_F(ReadingLoggerTest, StoresEveryValueInItsForm)
 
 TEST_F(ReadingLoggerTest, OneRowPerSourceAndMinute)
 {
-    EXPECT_TRUE(logger.LogReading(*sourceAt(0, QTime(10, 5, 10))));
-    EXPECT_FALSE(logger.LogReading(*sourceAt(0, QTime(10, 5, 50)))) << "same source, same minute";
-    EXPECT_TRUE(logger.LogReading(*sourceAt(1, QTime(10, 5, 50)))) << "another source";
-    EXPECT_TRUE(logger.LogReading(*sourceAt(0, QTime(10, 6, 0)))) << "the next minute";
+    EXPECT_TRUE(logger.logReading(*sourceAt(0, QTime(10, 5, 10))));
+    EXPECT_FALSE(logger.logReading(*sourceAt(0, QTime(10, 5, 50)))) << "same source, same minute";
+    EXPECT_TRUE(logger.logReading(*sourceAt(1, QTime(10, 5, 50)))) << "another source";
+    EXPECT_TRUE(logger.logReading(*sourceAt(0, QTime(10, 6, 0)))) << "the next minute";
     EXPECT_TRUE(errors.empty());
     EXPECT_EQ(MdbTools::count(path.toStdString(), "History"), 3);
 }
@@ -83,11 +83,11 @@ TEST_F(ReadingLoggerTest, OneRowPerSourceAndMinute)
 TEST_F(ReadingLoggerTest, WindDirectionIsStoredAsItIsHeld)
 {
     auto quoted = sourceAt(0, QTime(9, 0));
-    quoted->wData().setWindDirection("N'E");
+    quoted->reading().setWindDirection("N'E");
     auto empty = sourceAt(0, QTime(9, 10));
-    empty->wData().setWindDirection("");
-    EXPECT_TRUE(logger.LogReading(*quoted));
-    EXPECT_TRUE(logger.LogReading(*empty));
+    empty->reading().setWindDirection("");
+    EXPECT_TRUE(logger.logReading(*quoted));
+    EXPECT_TRUE(logger.logReading(*empty));
 
     const MdbTools::Export history = exported("History");
     ASSERT_EQ(history.rows.size(), 2u);
@@ -109,7 +109,7 @@ TEST_F(ReadingLoggerTest, WindDirectionIsStoredAsItIsHeld)
 TEST_F(ReadingLoggerTest, NoPrimaryDatabaseDoesNothing)
 {
     settings.setDatabase("");
-    EXPECT_FALSE(logger.LogReading(*sourceAt(0, QTime(10, 0))));
+    EXPECT_FALSE(logger.logReading(*sourceAt(0, QTime(10, 0))));
     EXPECT_TRUE(errors.empty());
     EXPECT_EQ(MdbTools::count(path.toStdString(), "History"), 0);
 }
@@ -121,7 +121,7 @@ protected:
     void SetUp() override
     {
         ReadingLoggerTest::SetUp();
-        ASSERT_TRUE(logger.LogReading(*sourceAt(0, QTime(8, 0))));
+        ASSERT_TRUE(logger.logReading(*sourceAt(0, QTime(8, 0))));
     }
     void expectOneFailure(const std::string& describing)
     {
@@ -135,14 +135,14 @@ protected:
 TEST_F(ReadingLoggerFaults, MissingOrForeignFile)
 {
     settings.setDatabase(folder.file("missing.mdb"));
-    EXPECT_FALSE(logger.LogReading(*sourceAt(0, QTime(10, 0))));
+    EXPECT_FALSE(logger.logReading(*sourceAt(0, QTime(10, 0))));
     expectOneFailure("No such file");
 
     RecordingErrors second;
     Environment other{second, boxes, clock};
     ReadingLogger otherLogger(settings, other);
     settings.setDatabase(folder.write("notes.mdb", "Station notes, not a database\r\n"));
-    EXPECT_FALSE(otherLogger.LogReading(*sourceAt(0, QTime(10, 0))));
+    EXPECT_FALSE(otherLogger.logReading(*sourceAt(0, QTime(10, 0))));
     ASSERT_EQ(second.messages().size(), 1);
     EXPECT_TRUE(second.messages().front().contains("too short to be a database"));
 }
@@ -154,17 +154,17 @@ TEST_F(ReadingLoggerFaults, FileLockedByAnotherWriter)
     Environment impatient{errors, boxes, clock};
     impatient.lockWait = std::chrono::milliseconds(50);
     ReadingLogger impatientLogger(settings, impatient);
-    EXPECT_FALSE(impatientLogger.LogReading(*sourceAt(0, QTime(10, 0))));
+    EXPECT_FALSE(impatientLogger.logReading(*sourceAt(0, QTime(10, 0))));
     expectOneFailure("in use by another Nimbrel process");
     holder->reset();
-    EXPECT_TRUE(logger.LogReading(*sourceAt(0, QTime(10, 0)))) << "the next cycle succeeds";
+    EXPECT_TRUE(logger.logReading(*sourceAt(0, QTime(10, 0)))) << "the next cycle succeeds";
     EXPECT_EQ(MdbTools::count(path.toStdString(), "History"), 2);
 }
 
 TEST_F(ReadingLoggerFaults, OpenInAccess)
 {
     folder.write(QString::fromStdString(mdb::Database::accessLockPath(path.toStdString())).section('/', -1), "");
-    EXPECT_FALSE(logger.LogReading(*sourceAt(0, QTime(10, 0))));
+    EXPECT_FALSE(logger.logReading(*sourceAt(0, QTime(10, 0))));
     expectOneFailure("is open in Access");
     EXPECT_EQ(MdbTools::count(path.toStdString(), "History"), 1);
 }
@@ -179,7 +179,7 @@ TEST_F(ReadingLoggerFaults, ReadOnlyFile)
     Environment inMemory{errors, boxes, clock, Environment::noBusyIndicator(), files};
     ReadingLogger memoryLogger(settings, inMemory);
     settings.setDatabase("/data/weather.mdb");
-    EXPECT_FALSE(memoryLogger.LogReading(*sourceAt(0, QTime(10, 0))));
+    EXPECT_FALSE(memoryLogger.logReading(*sourceAt(0, QTime(10, 0))));
     expectOneFailure("Permission denied");
     EXPECT_EQ(files.content("/data/weather.mdb"), std::vector<uint8_t>(bytes.begin(), bytes.end()));
 }
@@ -194,7 +194,7 @@ TEST_F(ReadingLoggerFaults, TableOrColumnMissing)
                                   {});
     }));
     settings.setDatabase(other);
-    EXPECT_FALSE(logger.LogReading(*sourceAt(0, QTime(10, 0))));
+    EXPECT_FALSE(logger.logReading(*sourceAt(0, QTime(10, 0))));
     expectOneFailure("table History has no column InTemperature");
 
     const QString noHistory = folder.file("empty.mdb");
@@ -202,7 +202,7 @@ TEST_F(ReadingLoggerFaults, TableOrColumnMissing)
         return mdb::Status::success();
     }));
     settings.setDatabase(noHistory);
-    EXPECT_FALSE(logger.LogReading(*sourceAt(0, QTime(10, 0))));
+    EXPECT_FALSE(logger.logReading(*sourceAt(0, QTime(10, 0))));
     ASSERT_EQ(errors.messages().size(), 2);
     EXPECT_TRUE(errors.messages().back().contains("has no table History"));
 }

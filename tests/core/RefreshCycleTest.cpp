@@ -1,8 +1,8 @@
 #include "DatabaseFixture.h"
-#include "app/RefreshCycle.h"
-#include "db/DatabaseSession.h"
-#include "readings/StationSimulator.h"
-#include "settings/SettingsModel.h"
+#include "core/cycle/RefreshCycle.h"
+#include "core/db/DatabaseSession.h"
+#include "core/readings/StationSimulator.h"
+#include "core/settings/SettingsModel.h"
 
 #include <QFile>
 
@@ -12,9 +12,9 @@ namespace {
 class RecordingView final : public CycleView {
 public:
     void setTrayState(int state) override { states.push_back(state); }
-    void showReading(const clsWeather& reading) override { shown.push_back(reading); }
+    void showReading(const WeatherReading& reading) override { shown.push_back(reading); }
     std::vector<int> states;
-    std::vector<clsWeather> shown;
+    std::vector<WeatherReading> shown;
 };
 
 // A graph that records what it was asked to do and fails the redraws it is told to.
@@ -137,7 +137,7 @@ TEST_F(RefreshCycleTest, WithEveryFlagOffTicksOnlyCount)
 
 TEST_F(RefreshCycleTest, EveryThirdCycleWithARetryAfterAFailedRead)
 {
-    settings.setAutoDataBase(1);
+    settings.setAutoDatabase(true);
     addSource(0, 0, stationFile, 3);
     startCycle();
     runUntil(QDateTime(kStart.date(), QTime(11, 30)));
@@ -155,8 +155,8 @@ TEST_F(RefreshCycleTest, EveryThirdCycleWithARetryAfterAFailedRead)
 
 TEST_F(RefreshCycleTest, ACycleRepeatedInItsSlotLogsOnce)
 {
-    settings.setAutoDataBase(1);
-    settings.setAutoGraph(1);
+    settings.setAutoDatabase(true);
+    settings.setAutoGraph(true);
     graph.failingRedraws = 1;
     addSource(0, 0, stationFile, 1);
     startCycle();
@@ -170,7 +170,7 @@ TEST_F(RefreshCycleTest, ACycleRepeatedInItsSlotLogsOnce)
 
 TEST_F(RefreshCycleTest, GraphAloneRedrawsOneMinuteAfterItsDueTime)
 {
-    settings.setAutoGraph(1);
+    settings.setAutoGraph(true);
     startCycle();
     runUntil(QDateTime(kStart.date(), QTime(10, 10)), false);
     EXPECT_EQ(graph.calls, QStringList({"today 2026-03-10"})) << "first the redraw is put off";
@@ -182,8 +182,8 @@ TEST_F(RefreshCycleTest, GraphAloneRedrawsOneMinuteAfterItsDueTime)
 
 TEST_F(RefreshCycleTest, PicturesOfTheExportedFavouritesInListOrder)
 {
-    settings.setAutoGraph(1);
-    settings.setAutoPicture(1);
+    settings.setAutoGraph(true);
+    settings.setAutoPicture(true);
     graph.favourites = {4, 2};
     startCycle();
     runUntil(QDateTime(kStart.date(), QTime(10, 10)), false);
@@ -193,8 +193,8 @@ TEST_F(RefreshCycleTest, PicturesOfTheExportedFavouritesInListOrder)
 
 TEST_F(RefreshCycleTest, TrayShowsReadingAndCycle)
 {
-    settings.setAutoRefresh(1);
-    settings.setAutoDataBase(1);
+    settings.setAutoRefresh(true);
+    settings.setAutoDatabase(true);
     addSource(0, 0, stationFile, 1);
     startCycle();
     cycle.setPanelSource(0);
@@ -211,7 +211,7 @@ TEST_F(RefreshCycleTest, TrayShowsReadingAndCycle)
 
 TEST_F(RefreshCycleTest, FeedReadingsKeepTheirOwnTime)
 {
-    settings.setAutoDataBase(1);
+    settings.setAutoDatabase(true);
     const QString feed = folder.write("feed.xml",
                                       "<pubDate>Tue, 10 Mar 2026 09:55:00 GMT</pubDate>\n"
                                       "<title>Current weather for Perth at 9:55 am WST</title>\n"
@@ -226,8 +226,8 @@ TEST_F(RefreshCycleTest, FeedReadingsKeepTheirOwnTime)
 // ten-minute cycle: one row per slot, each holding that minute's weather.
 TEST_F(RefreshCycleTest, ADayOfReadingsGivesOneRowPerSlot)
 {
-    settings.setAutoRefresh(1);
-    settings.setAutoDataBase(1);
+    settings.setAutoRefresh(true);
+    settings.setAutoDatabase(true);
     addSource(0, 0, stationFile, 1);
     const QDateTime midnight(QDate(2026, 3, 11), QTime(0, 0));
     cycle.start(loadSources(path, environment), midnight);
@@ -248,15 +248,15 @@ TEST_F(RefreshCycleTest, ADayOfReadingsGivesOneRowPerSlot)
         const std::string stamp = time.toString("yyyy-MM-dd HH:mm:ss").toStdString();
         ASSERT_TRUE(rowAt.count(stamp)) << stamp;
         const std::size_t row = rowAt[stamp];
-        const clsWeather expected = StationSimulator::weatherAt(time);
+        const WeatherReading expected = StationSimulator::weatherAt(time);
         // mdbtools prints 16 significant digits: 8.2 comes out as 8.199999999999999.
         const auto number = [&](const char* column) { return std::stod(cell(history, row, column)); };
-        EXPECT_NEAR(number("OutTemperature"), expected.TemperatureOut(), 1e-9) << stamp;
-        EXPECT_NEAR(number("Pressure"), expected.Barometer(), 1e-9) << stamp;
-        EXPECT_NEAR(number("WindSpeed"), expected.WindSpeed(), 1e-9) << stamp;
-        EXPECT_NEAR(number("RainTotal"), expected.RainTotal(), 1e-9) << stamp;
-        EXPECT_EQ(cell(history, row, "WindDir"), expected.WindDirection().toStdString()) << stamp;
-        EXPECT_EQ(cell(history, row, "BarTrend"), std::to_string(expected.TrendData())) << stamp;
+        EXPECT_NEAR(number("OutTemperature"), expected.temperatureOut(), 1e-9) << stamp;
+        EXPECT_NEAR(number("Pressure"), expected.barometer(), 1e-9) << stamp;
+        EXPECT_NEAR(number("WindSpeed"), expected.windSpeed(), 1e-9) << stamp;
+        EXPECT_NEAR(number("RainTotal"), expected.rainTotal(), 1e-9) << stamp;
+        EXPECT_EQ(cell(history, row, "WindDir"), expected.windDirection().toStdString()) << stamp;
+        EXPECT_EQ(cell(history, row, "BarTrend"), std::to_string(expected.trendCode())) << stamp;
         EXPECT_EQ(cell(history, row, "TimeText"), time.toString("HH:mm").toStdString()) << stamp;
     }
 }

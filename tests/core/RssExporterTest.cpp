@@ -1,8 +1,8 @@
-#include "export/RssExporter.h"
-#include "settings/SettingsModel.h"
-#include "settings/clsSource.h"
-#include "shared/Clock.h"
-#include "shared/Environment.h"
+#include "core/export/RssExporter.h"
+#include "core/settings/SettingsModel.h"
+#include "core/sources/WeatherSource.h"
+#include "core/text/Clock.h"
+#include "core/errors/Environment.h"
 #include "support/TestSupport.h"
 
 #include <QFile>
@@ -18,7 +18,7 @@ protected:
     {
         source.setSourceName("Ridge ~TempOut~ Hill");  // a later token inside a value is replaced too
         source.setExportFileName(folder.file("feed.xml"));
-        clsWeather& w = source.wData();
+        WeatherReading& w = source.reading();
         w.setReadDate(QDateTime(QDate(2026, 11, 15), QTime(15, 7, 42)));
         w.setTemperatureOut(-2.5);
         w.setWindChill(-7.25);
@@ -26,9 +26,9 @@ protected:
         w.setHumidityOut(86);
         w.setWindSpeed(10);
         w.setWindDirection("NNE");
-        w.setRain24hr(0.3);
+        w.setRain24h(0.3);
         w.setBarometer(1013.25);
-        settings.setRSSFile(goldenPath("rss/template.xml"));
+        settings.setRssFile(goldenPath("rss/template.xml"));
     }
 
     TempFolder folder;
@@ -37,7 +37,7 @@ protected:
     FixedClock clock{kNow};
     Environment environment{errors, boxes, clock};
     SettingsModel settings;
-    clsSource source{environment};
+    WeatherSource source{environment};
     RssExporter exporter{settings, environment};
 };
 
@@ -46,7 +46,7 @@ TEST_F(RssExporterTest, FillsTheTemplateAsTheGoldenFileShows)
 {
     EXPECT_TRUE(exporter.exportRSS(source));
     EXPECT_TRUE(errors.empty()) << errors.messages().join("|").toStdString();
-    expectSameAsGolden(readAll(source.ExportFileName()), goldenPath("rss/expected.xml"));
+    expectSameAsGolden(readAll(source.exportFileName()), goldenPath("rss/expected.xml"));
 }
 
 TEST_F(RssExporterTest, ValuesInTheirForms)
@@ -55,11 +55,11 @@ TEST_F(RssExporterTest, ValuesInTheirForms)
         return RssExporter::fillTemplate(line, source, kNow);
     };
     EXPECT_EQ(filled("~Windspeed~"), "18.5\r\n") << "10 knots in km/h";
-    source.wData().setWindSpeed(0);
+    source.reading().setWindSpeed(0);
     EXPECT_EQ(filled("~Windspeed~"), "0.0\r\n");
-    source.wData().setReadDate(QDateTime(QDate(2026, 11, 15), QTime(0, 5)));
+    source.reading().setReadDate(QDateTime(QDate(2026, 11, 15), QTime(0, 5)));
     EXPECT_EQ(filled("~ReadTime~"), "12:05am\r\n");
-    source.wData().setReadDate(QDateTime(QDate(2026, 11, 15), QTime(12, 30)));
+    source.reading().setReadDate(QDateTime(QDate(2026, 11, 15), QTime(12, 30)));
     EXPECT_EQ(filled("~ReadTime~"), "12:30pm\r\n");
     EXPECT_EQ(filled("~NOW~"), "Sun, 15 Nov 2026 15:04:55\r\n");
     EXPECT_EQ(filled(""), "") << "an empty template gives an empty file";
@@ -83,15 +83,15 @@ TEST_F(RssExporterTest, OutputIsRewrittenWhole)
 {
     folder.write("feed.xml", QByteArray(10000, 'x'));
     ASSERT_TRUE(exporter.exportRSS(source));
-    EXPECT_FALSE(readAll(source.ExportFileName()).contains('x' + QByteArray(50, 'x')));
-    EXPECT_LT(readAll(source.ExportFileName()).size(), 1000);
+    EXPECT_FALSE(readAll(source.exportFileName()).contains('x' + QByteArray(50, 'x')));
+    EXPECT_LT(readAll(source.exportFileName()).size(), 1000);
 }
 
 TEST_F(RssExporterTest, FailuresAreReportedOnce)
 {
-    settings.setRSSFile(folder.file("no template.xml"));
+    settings.setRssFile(folder.file("no template.xml"));
     EXPECT_FALSE(exporter.exportRSS(source));
-    settings.setRSSFile(goldenPath("rss/template.xml"));
+    settings.setRssFile(goldenPath("rss/template.xml"));
     source.setExportFileName(folder.path());  // a folder cannot be written as a file
     EXPECT_FALSE(exporter.exportRSS(source));
     const QStringList messages = errors.messages();

@@ -1,4 +1,4 @@
-#include "settings/SettingsModel.h"
+#include "core/settings/SettingsModel.h"
 #include "support/TestSupport.h"
 
 #include <QDir>
@@ -18,7 +18,7 @@ protected:
     bool load(SettingsModel& model, const QString& programFolder = "/opt/nimbrel")
     {
         auto settings = store();
-        return model.LoadSettings(*settings, programFolder, errors);
+        return model.load(*settings, programFolder, errors);
     }
     QString raw(const QString& key)
     {
@@ -32,29 +32,29 @@ protected:
 Preferences edited()
 {
     Preferences p;
-    p.Min = {"980", "-20", "10", "1", "0.5"};
-    p.Max = {"1040", "35", "90", "60", "50"};
-    p.Graphic = "C:\\web\\images";
-    p.Database = "/home/weather/My Weather, 2026.mdb";
-    p.ErrorLog = "/var/log/nimbrel errors.txt";
-    p.ErrorSMTP = "mail.example.org:587";
-    p.ErrorUser = "station";
-    p.ErrorPass = "p=ss;w,rd \"x\"";
-    p.ErrorFrom = "Station <station@example.org>";
-    p.ErrorTo = "a@example.org; b@example.org";
-    p.RSSFile = "/srv/templates/feed\u00e9.xml";
-    p.Interval = 5;
-    p.AutoRefresh = 1;
-    p.AutoGraph = 1;
-    p.AutoExport = 0;
-    p.AutoPicture = 1;
-    p.AutoDataBase = 1;
-    p.Unattended = 1;
-    p.ErrorMail = 1;
-    p.FontColour = 255;        // red
-    p.BackColour = 0xFF0000;   // blue
-    p.FontColourExport = 0x00FF00;
-    p.BackColourExport = 0;
+    p.axisMinimum = {"980", "-20", "10", "1", "0.5"};
+    p.axisMaximum = {"1040", "35", "90", "60", "50"};
+    p.graphicFolder = "C:\\web\\images";
+    p.database = "/home/weather/My Weather, 2026.mdb";
+    p.errorLog = "/var/log/nimbrel errors.txt";
+    p.errorSmtp = "mail.example.org:587";
+    p.errorUser = "station";
+    p.errorPassword = "p=ss;w,rd \"x\"";
+    p.errorFrom = "Station <station@example.org>";
+    p.errorTo = "a@example.org; b@example.org";
+    p.rssFile = "/srv/templates/feed\u00e9.xml";
+    p.intervalPosition = 5;
+    p.autoRefresh = true;
+    p.autoGraph = true;
+    p.autoExport = false;
+    p.autoPicture = true;
+    p.autoDatabase = true;
+    p.unattended = true;
+    p.errorMail = true;
+    p.fontColour = 255;        // red
+    p.backColour = 0xFF0000;   // blue
+    p.fontColourExport = 0x00FF00;
+    p.backColourExport = 0;
     return p;
 }
 
@@ -65,18 +65,18 @@ TEST_F(SettingsStore, EmptyStoreGivesTheDefaults)
     SettingsModel model;
     ASSERT_TRUE(load(model, "/opt/nimbrel"));
     const Preferences p = model.snapshot();
-    EXPECT_TRUE(model.FirstTimeRun());
-    EXPECT_EQ(p.Min[0], "990.0");
-    EXPECT_EQ(p.Max[0], "1030.0");
-    EXPECT_EQ(p.Min[1], "0");
-    EXPECT_EQ(p.Max[1], "45");
-    EXPECT_EQ(p.Max[2], "100");
-    EXPECT_EQ(p.Max[3], "40");
-    EXPECT_EQ(p.Max[4], "100");
-    EXPECT_EQ(p.ErrorLog, "/opt/nimbrel/ErrorLog.txt");
-    EXPECT_EQ(model.getInterval(), 10);
-    EXPECT_EQ(model.PrimaryDB(), "");
-    for (int flag : {p.AutoRefresh, p.AutoGraph, p.AutoExport, p.AutoPicture, p.AutoDataBase, p.Unattended, p.ErrorMail})
+    EXPECT_TRUE(model.firstRun());
+    EXPECT_EQ(p.axisMinimum[0], "990.0");
+    EXPECT_EQ(p.axisMaximum[0], "1030.0");
+    EXPECT_EQ(p.axisMinimum[1], "0");
+    EXPECT_EQ(p.axisMaximum[1], "45");
+    EXPECT_EQ(p.axisMaximum[2], "100");
+    EXPECT_EQ(p.axisMaximum[3], "40");
+    EXPECT_EQ(p.axisMaximum[4], "100");
+    EXPECT_EQ(p.errorLog, "/opt/nimbrel/ErrorLog.txt");
+    EXPECT_EQ(model.cycleMinutes(), 10);
+    EXPECT_EQ(model.primaryDatabase(), "");
+    for (int flag : {p.autoRefresh, p.autoGraph, p.autoExport, p.autoPicture, p.autoDatabase, p.unattended, p.errorMail})
         EXPECT_EQ(flag, 0);
     EXPECT_TRUE(errors.empty());
     EXPECT_TRUE(store()->allKeys().isEmpty()) << "defaults are never written back on loading";
@@ -87,7 +87,7 @@ TEST_F(SettingsStore, ErrorLogDefaultFollowsTheProgramFolderAtLoading)
     SettingsModel model;
     ASSERT_TRUE(load(model, "/opt/old"));
     ASSERT_TRUE(load(model, "/opt/new"));
-    EXPECT_EQ(model.ErrorLog(), "/opt/new/ErrorLog.txt");
+    EXPECT_EQ(model.errorLog(), "/opt/new/ErrorLog.txt");
 }
 
 TEST_F(SettingsStore, SavedValuesLoadBackExactly)
@@ -95,24 +95,24 @@ TEST_F(SettingsStore, SavedValuesLoadBackExactly)
     SettingsModel model;
     model.replace(edited());
     QString error;
-    ASSERT_TRUE(model.SaveSettings(*store(), error)) << error.toStdString();
+    ASSERT_TRUE(model.save(*store(), error)) << error.toStdString();
 
     SettingsModel reloaded;
     ASSERT_TRUE(load(reloaded));
     EXPECT_EQ(reloaded.snapshot(), edited());
-    EXPECT_FALSE(reloaded.FirstTimeRun());
-    EXPECT_EQ(reloaded.getInterval(), 60);
-    EXPECT_EQ(reloaded.PrimaryDB(), "/home/weather/My Weather, 2026.mdb");
+    EXPECT_FALSE(reloaded.firstRun());
+    EXPECT_EQ(reloaded.cycleMinutes(), 60);
+    EXPECT_EQ(reloaded.primaryDatabase(), "/home/weather/My Weather, 2026.mdb");
 }
 
 TEST_F(SettingsStore, StoredFormsAreTextFlagsBooleansAndSignedColours)
 {
     SettingsModel model;
     Preferences p = edited();
-    p.BackColourExport = -2147483647 - 1;
+    p.backColourExport = -2147483647 - 1;
     model.replace(p);
     QString error;
-    ASSERT_TRUE(model.SaveSettings(*store(), error));
+    ASSERT_TRUE(model.save(*store(), error));
     EXPECT_EQ(raw("Misc/FirstRun"), "False");
     EXPECT_EQ(raw("Data/AutoRefresh"), "1");
     EXPECT_EQ(raw("Data/AutoExport"), "0");
@@ -129,8 +129,8 @@ TEST_F(SettingsStore, FirstRunStaysTrueForTheRunInWhichItIsFirstSaved)
     SettingsModel model;
     ASSERT_TRUE(load(model));
     QString error;
-    ASSERT_TRUE(model.SaveSettings(*store(), error));
-    EXPECT_TRUE(model.FirstTimeRun());
+    ASSERT_TRUE(model.save(*store(), error));
+    EXPECT_TRUE(model.firstRun());
     EXPECT_EQ(raw("Misc/FirstRun"), "False");
 }
 
@@ -139,9 +139,9 @@ TEST_F(SettingsStore, SavingTwiceWritesTheSameFile)
     SettingsModel model;
     model.replace(edited());
     QString error;
-    ASSERT_TRUE(model.SaveSettings(*store(), error));
+    ASSERT_TRUE(model.save(*store(), error));
     const QByteArray first = readAll(folder.file("Nimbrel.conf"));
-    ASSERT_TRUE(model.SaveSettings(*store(), error));
+    ASSERT_TRUE(model.save(*store(), error));
     EXPECT_EQ(readAll(folder.file("Nimbrel.conf")), first);
 }
 
@@ -154,9 +154,9 @@ TEST_F(SettingsStore, NonNumbersReadAsZero)
     settings->sync();
     SettingsModel model;
     ASSERT_TRUE(load(model));
-    EXPECT_EQ(model.getInterval(), 10);
-    EXPECT_EQ(model.FontColour(), 0);
-    EXPECT_EQ(model.AutoRefresh(), 0);
+    EXPECT_EQ(model.cycleMinutes(), 10);
+    EXPECT_EQ(model.fontColour(), 0);
+    EXPECT_EQ(model.autoRefresh(), 0);
     EXPECT_TRUE(errors.empty());
 }
 
@@ -168,8 +168,8 @@ TEST_F(SettingsStore, IntervalOutsideTheListIsReportedAndTakenAsTenMinutes)
     settings->sync();
     SettingsModel model;
     ASSERT_TRUE(load(model));
-    EXPECT_EQ(model.getInterval(), 10);
-    EXPECT_EQ(model.AutoDataBase(), 1);  // the rest is still read
+    EXPECT_EQ(model.cycleMinutes(), 10);
+    EXPECT_EQ(model.autoDatabase(), 1);  // the rest is still read
     ASSERT_EQ(errors.messages().size(), 1);
     EXPECT_TRUE(errors.messages().first().startsWith("Get INI Settings Error: \r\n"));
 }
@@ -182,9 +182,9 @@ TEST_F(SettingsStore, HandEditedListsAndFlagsAreUnderstood)
     file.close();
     SettingsModel model;
     ASSERT_TRUE(load(model));
-    EXPECT_EQ(model.ErrorTo(), "a@example.org, b@example.org");
-    EXPECT_FALSE(model.FirstTimeRun());
-    EXPECT_EQ(model.ErrorMail(), 2);  // kept as read: only 1 means on
+    EXPECT_EQ(model.errorTo(), "a@example.org, b@example.org");
+    EXPECT_FALSE(model.firstRun());
+    EXPECT_FALSE(model.errorMail());  // only "1" means on
 }
 
 TEST_F(SettingsStore, UnreadableStoreIsReportedAndChangesNothing)
@@ -193,10 +193,10 @@ TEST_F(SettingsStore, UnreadableStoreIsReportedAndChangesNothing)
     model.setDatabase("/data/weather.mdb");
     ASSERT_TRUE(QDir().mkpath(folder.file("folder.conf")));
     QSettings unreadable(folder.file("folder.conf"), QSettings::IniFormat);
-    EXPECT_FALSE(model.LoadSettings(unreadable, "/opt/nimbrel", errors));
+    EXPECT_FALSE(model.load(unreadable, "/opt/nimbrel", errors));
     ASSERT_EQ(errors.messages().size(), 1);
     EXPECT_TRUE(errors.messages().first().startsWith("Get INI Settings Error: \r\n"));
-    EXPECT_EQ(model.PrimaryDB(), "/data/weather.mdb");
+    EXPECT_EQ(model.primaryDatabase(), "/data/weather.mdb");
 }
 
 TEST_F(SettingsStore, SaveIntoAnUnwritablePlaceFails)
@@ -205,15 +205,15 @@ TEST_F(SettingsStore, SaveIntoAnUnwritablePlaceFails)
     ASSERT_TRUE(QDir().mkpath(folder.file("folder.conf")));
     QSettings unwritable(folder.file("folder.conf"), QSettings::IniFormat);
     QString error;
-    EXPECT_FALSE(model.SaveSettings(unwritable, error));
+    EXPECT_FALSE(model.save(unwritable, error));
     EXPECT_FALSE(error.isEmpty());
 }
 
 TEST_F(SettingsStore, RemoteClientKeysHaveTheirOwnDefaults)
 {
     EXPECT_EQ(loadRemoteSettings(*store()), RemoteSettings());
-    EXPECT_EQ(RemoteSettings().RemotePort, "5850");
-    EXPECT_EQ(RemoteSettings().LocalPort, "8080");
+    EXPECT_EQ(RemoteSettings().remotePort, "5850");
+    EXPECT_EQ(RemoteSettings().localPort, "8080");
     RemoteSettings changed{"10.0.0.5", "6000", "9090"};
     saveRemoteSettings(*store(), changed);
     EXPECT_EQ(loadRemoteSettings(*store()), changed);
@@ -224,9 +224,9 @@ TEST(SettingsModel, ChangesAreAnnouncedOnce)
     SettingsModel model;
     int announced = 0;
     QObject::connect(&model, &SettingsModel::changed, [&announced] { ++announced; });
-    model.setAutoRefresh(1);
-    model.setAutoRefresh(1);
-    model.setMin(0, "900");
+    model.setAutoRefresh(true);
+    model.setAutoRefresh(true);
+    model.setAxisMinimum(0, "900");
     EXPECT_EQ(announced, 2);
-    EXPECT_EQ(model.Min(0), "900");
+    EXPECT_EQ(model.axisMinimum(0), "900");
 }

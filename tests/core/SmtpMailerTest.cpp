@@ -1,4 +1,4 @@
-#include "errors/SmtpMailer.h"
+#include "core/errors/SmtpMailer.h"
 #include "support/SmtpTestServer.h"
 
 #include <gtest/gtest.h>

@@ -1,8 +1,8 @@
 #include "DatabaseFixture.h"
-#include "db/DatabaseSession.h"
-#include "db/KeyedLists.h"
-#include "db/mdb/Database.h"
-#include "settings/clsSource.h"
+#include "core/db/DatabaseSession.h"
+#include "core/sources/SourceLists.h"
+#include "mdb/Database.h"
+#include "core/sources/WeatherSource.h"
 
 #include <QFile>
 
@@ -21,9 +21,9 @@ protected:
         ASSERT_TRUE((*session)->commit());
     }
 
-    clsSource filledSource()
+    WeatherSource filledSource()
     {
-        clsSource source(environment);
+        WeatherSource source(environment);
         source.setSourceName("O'Neil's garden");
         source.setSourceType(1);
         source.setSourceFileName("C:\\Heavy Weather\\currdat.lst");
@@ -37,8 +37,8 @@ protected:
 
 TEST_F(SourceRecords, NewKeysFollowTheHighest)
 {
-    clsSource source = filledSource();
-    EXPECT_EQ(source.addNew(path), 0) << "an empty table starts at 0";
+    WeatherSource source = filledSource();
+    EXPECT_EQ(source.insertNew(path), 0) << "an empty table starts at 0";
     ASSERT_EQ(boxes.boxes().size(), 1u);
     EXPECT_EQ(boxes.boxes()[0].title, "New Source Added");
     EXPECT_EQ(boxes.boxes()[0].text, "Source O'Neil's garden has been added. When you have completed adding "
@@ -47,31 +47,31 @@ TEST_F(SourceRecords, NewKeysFollowTheHighest)
 
     addRow(1, "roof");
     addRow(5, "shed");
-    EXPECT_EQ(source.addNew(path), 6) << "keys 0, 1 and 5 give 6; gaps are not reused";
+    EXPECT_EQ(source.insertNew(path), 6) << "keys 0, 1 and 5 give 6; gaps are not reused";
     EXPECT_EQ(source.sourceID(), 6);
     EXPECT_TRUE(errors.empty());
 }
 
 TEST_F(SourceRecords, SaveAndLoadRoundTrip)
 {
-    clsSource saved = filledSource();
+    WeatherSource saved = filledSource();
     qint32 id = 17;
-    EXPECT_TRUE(saved.saveSource(path, id));
+    EXPECT_TRUE(saved.save(path, id));
     EXPECT_EQ(id, 0) << "an unknown key is added under the next free key, reported back";
 
-    clsSource loaded(environment);
+    WeatherSource loaded(environment);
     loaded.setLogCounter(2);
-    ASSERT_TRUE(loaded.getSource(path, 0));
+    ASSERT_TRUE(loaded.load(path, 0));
     EXPECT_EQ(loaded.sourceID(), 0);
     EXPECT_EQ(loaded.sourceName(), "O'Neil's garden");
     EXPECT_EQ(loaded.sourceType(), 1);
-    EXPECT_EQ(loaded.SourceFileName(), "C:\\Heavy Weather\\currdat.lst");
+    EXPECT_EQ(loaded.sourceFileName(), "C:\\Heavy Weather\\currdat.lst");
     EXPECT_EQ(loaded.sourceDatabase(), path);
     EXPECT_EQ(loaded.dataID(), 4);
-    EXPECT_EQ(loaded.ImportFileName(), "/home/pat/history page.txt");
-    EXPECT_EQ(loaded.ExportFileName(), "") << "stored as null, loaded as empty";
-    EXPECT_EQ(loaded.LogMultiple(), 3);
-    EXPECT_EQ(loaded.LogCounter(), 2) << "never stored, left alone";
+    EXPECT_EQ(loaded.importFileName(), "/home/pat/history page.txt");
+    EXPECT_EQ(loaded.exportFileName(), "") << "stored as null, loaded as empty";
+    EXPECT_EQ(loaded.logMultiple(), 3);
+    EXPECT_EQ(loaded.logCounter(), 2) << "never stored, left alone";
 
     const MdbTools::Export sources = exported("Sources");
     ASSERT_EQ(sources.rows.size(), 1u);
@@ -80,39 +80,39 @@ TEST_F(SourceRecords, SaveAndLoadRoundTrip)
 
     loaded.setSourceName("Roof");
     loaded.setExportFileName("/srv/www/feed.xml");
-    EXPECT_TRUE(loaded.saveSource(path, id));
+    EXPECT_TRUE(loaded.save(path, id));
     EXPECT_EQ(id, 0);
     EXPECT_EQ(MdbTools::count(path.toStdString(), "Sources"), 1) << "an existing key is changed in place";
-    clsSource again(environment);
-    ASSERT_TRUE(again.getSource(path, 0));
+    WeatherSource again(environment);
+    ASSERT_TRUE(again.load(path, 0));
     EXPECT_EQ(again.sourceName(), "Roof");
-    EXPECT_EQ(again.ExportFileName(), "/srv/www/feed.xml");
+    EXPECT_EQ(again.exportFileName(), "/srv/www/feed.xml");
     EXPECT_TRUE(errors.empty()) << errors.messages().join("|").toStdString();
 }
 
 TEST_F(SourceRecords, EnabledIsReadButNeverWritten)
 {
     addRow(2, "garden", true);
-    clsSource source(environment);
-    ASSERT_TRUE(source.getSource(path, 2));
-    EXPECT_TRUE(source.Enabled());
+    WeatherSource source(environment);
+    ASSERT_TRUE(source.load(path, 2));
+    EXPECT_TRUE(source.enabled());
     source.setEnabled(false);
     qint32 id = 2;
-    ASSERT_TRUE(source.saveSource(path, id));
-    clsSource reloaded(environment);
-    ASSERT_TRUE(reloaded.getSource(path, 2));
-    EXPECT_TRUE(reloaded.Enabled());
+    ASSERT_TRUE(source.save(path, id));
+    WeatherSource reloaded(environment);
+    ASSERT_TRUE(reloaded.load(path, 2));
+    EXPECT_TRUE(reloaded.enabled());
 }
 
 TEST_F(SourceRecords, MissingRowOrEmptyPathChangesNothing)
 {
-    clsSource source = filledSource();
-    EXPECT_FALSE(source.getSource(path, 9));
+    WeatherSource source = filledSource();
+    EXPECT_FALSE(source.load(path, 9));
     EXPECT_EQ(source.sourceName(), "O'Neil's garden");
     qint32 id = 3;
-    EXPECT_FALSE(source.getSource("", 3));
-    EXPECT_FALSE(source.saveSource("", id));
-    EXPECT_EQ(source.addNew(""), 0);
+    EXPECT_FALSE(source.load("", 3));
+    EXPECT_FALSE(source.save("", id));
+    EXPECT_EQ(source.insertNew(""), 0);
     EXPECT_TRUE(boxes.boxes().empty());
     EXPECT_TRUE(errors.empty());
     EXPECT_EQ(MdbTools::count(path.toStdString(), "Sources"), 0);
@@ -121,11 +121,11 @@ TEST_F(SourceRecords, MissingRowOrEmptyPathChangesNothing)
 TEST_F(SourceRecords, EachOperationNamesItsFailure)
 {
     const QString missing = folder.file("gone.mdb");
-    clsSource source = filledSource();
+    WeatherSource source = filledSource();
     qint32 id = 0;
-    EXPECT_FALSE(source.getSource(missing, 0));
-    EXPECT_FALSE(source.saveSource(missing, id));
-    EXPECT_EQ(source.addNew(missing), 0);
+    EXPECT_FALSE(source.load(missing, 0));
+    EXPECT_FALSE(source.save(missing, id));
+    EXPECT_EQ(source.insertNew(missing), 0);
     const QStringList messages = errors.messages();
     ASSERT_EQ(messages.size(), 3);
     EXPECT_TRUE(messages[0].startsWith("\r\nDatabase Read Error: cannot open"));
@@ -137,9 +137,9 @@ TEST_F(SourceRecords, EachOperationNamesItsFailure)
 TEST_F(SourceRecords, TooLongTextIsRefusedAndNothingIsLost)
 {
     addRow(0, "roof");
-    clsSource source = filledSource();
+    WeatherSource source = filledSource();
     source.setSourceFileName(QString(300, 'x'));
-    EXPECT_EQ(source.addNew(path), 0);
+    EXPECT_EQ(source.insertNew(path), 0);
     ASSERT_EQ(errors.messages().size(), 1);
     EXPECT_TRUE(errors.messages()[0].contains("at most 255 characters"));
     EXPECT_EQ(MdbTools::count(path.toStdString(), "Sources"), 1);
@@ -147,17 +147,17 @@ TEST_F(SourceRecords, TooLongTextIsRefusedAndNothingIsLost)
 
 TEST_F(SourceRecords, ReadingIsNeverEmpty)
 {
-    clsSource source(environment);
-    source.wData().setBarometer(1000);
-    auto shared = std::make_shared<clsWeather>();
-    source.setwData(shared);
-    EXPECT_EQ(&source.wData(), shared.get());
-    source.setwData(nullptr);
-    EXPECT_EQ(source.wData().Barometer(), 0) << "a new reading replaces a missing one";
+    WeatherSource source(environment);
+    source.reading().setBarometer(1000);
+    auto shared = std::make_shared<WeatherReading>();
+    source.setReading(shared);
+    EXPECT_EQ(&source.reading(), shared.get());
+    source.setReading(nullptr);
+    EXPECT_EQ(source.reading().barometer(), 0) << "a new reading replaces a missing one";
 
     source.setSourceFileName(fixturePath("currdat-hwpro-ws2800.lst"));
-    EXPECT_TRUE(source.Refresh());
-    EXPECT_EQ(source.wData().TemperatureOut(), 21.5);
+    EXPECT_TRUE(source.refresh());
+    EXPECT_EQ(source.reading().temperatureOut(), 21.5);
 }
 
 TEST_F(SourceRecords, SourceListIsInKeyOrder)
@@ -165,11 +165,11 @@ TEST_F(SourceRecords, SourceListIsInKeyOrder)
     addRow(5, "shed");
     addRow(0, "roof");
     addRow(1, "O'Neil's");
-    using modNimbrel::ListEntry;
+    using SourceLists::ListEntry;
     const QList<ListEntry> expected = {{"roof", 0}, {"O'Neil's", 1}, {"shed", 5}};
-    EXPECT_EQ(modNimbrel::FillSourceList(path, environment), expected);
-    EXPECT_TRUE(modNimbrel::FillSourceList("", environment).isEmpty());
-    EXPECT_TRUE(modNimbrel::FillSourceList(folder.file("gone.mdb"), environment).isEmpty());
+    EXPECT_EQ(SourceLists::sourceList(path, environment), expected);
+    EXPECT_TRUE(SourceLists::sourceList("", environment).isEmpty());
+    EXPECT_TRUE(SourceLists::sourceList(folder.file("gone.mdb"), environment).isEmpty());
     ASSERT_EQ(errors.messages().size(), 1);
     EXPECT_TRUE(errors.messages()[0].startsWith("\r\nDatabase Read Error: "));
 }

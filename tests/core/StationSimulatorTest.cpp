@@ -1,4 +1,4 @@
-#include "readings/StationSimulator.h"
+#include "core/readings/StationSimulator.h"
 #include "support/TestSupport.h"
 
 #include <gtest/gtest.h>
@@ -16,10 +16,10 @@ TEST(StationSimulator, ItsFileReadsBackAsItsWeather)
         QString error;
         const QString path = folder.file("currdat.lst");
         ASSERT_TRUE(StationSimulator::writeCurrentDataFile(path, time, error)) << error.toStdString();
-        clsWeather read;
-        ASSERT_TRUE(read.RefreshData(path, 0, errors, time));
+        WeatherReading read;
+        ASSERT_TRUE(read.readSourceFile(path, 0, errors, time));
         EXPECT_EQ(read, StationSimulator::weatherAt(time)) << time.toString().toStdString();
-        EXPECT_EQ(read.ReadDate(), time);
+        EXPECT_EQ(read.readDate(), time);
     }
     EXPECT_TRUE(errors.empty());
 }
@@ -32,24 +32,24 @@ TEST(StationSimulator, AYearOfPlausibleWeather)
     int rainySlots = 0;
     int month = 1;
     for (QDateTime time(QDate(2026, 1, 1), QTime(0, 0)); time.date().year() == 2026; time = time.addSecs(3600)) {
-        const clsWeather w = StationSimulator::weatherAt(time);
-        EXPECT_GT(w.TemperatureOut(), -15);
-        EXPECT_LT(w.TemperatureOut(), 35);
-        EXPECT_LE(w.Dewpoint(), w.TemperatureOut());
-        EXPECT_LE(w.WindChill(), w.TemperatureOut());
-        EXPECT_GE(w.HumidityOut(), 25);
-        EXPECT_LE(w.HumidityOut(), 99);
-        EXPECT_GT(w.Barometer(), 990);
-        EXPECT_LT(w.Barometer(), 1036);
-        EXPECT_GE(w.WindSpeed(), 0);
-        EXPECT_FALSE(w.WindDirection().isEmpty());
+        const WeatherReading w = StationSimulator::weatherAt(time);
+        EXPECT_GT(w.temperatureOut(), -15);
+        EXPECT_LT(w.temperatureOut(), 35);
+        EXPECT_LE(w.dewpoint(), w.temperatureOut());
+        EXPECT_LE(w.windChill(), w.temperatureOut());
+        EXPECT_GE(w.humidityOut(), 25);
+        EXPECT_LE(w.humidityOut(), 99);
+        EXPECT_GT(w.barometer(), 990);
+        EXPECT_LT(w.barometer(), 1036);
+        EXPECT_GE(w.windSpeed(), 0);
+        EXPECT_FALSE(w.windDirection().isEmpty());
         if (time.date().month() != month) {
             month = time.date().month();
             previousTotal = 0;  // the total counts from the start of the month
         }
-        EXPECT_GE(w.RainTotal(), previousTotal);
-        previousTotal = w.RainTotal();
-        rainySlots += w.Rain1hr() > 0;
+        EXPECT_GE(w.rainTotal(), previousTotal);
+        previousTotal = w.rainTotal();
+        rainySlots += w.rain1h() > 0;
     }
     EXPECT_GT(rainySlots, 200) << "it rains now and then";
     EXPECT_LT(rainySlots, 3000);

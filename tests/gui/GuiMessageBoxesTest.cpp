@@ -1,4 +1,4 @@
-#include "app/ui/GuiMessageBoxes.h"
+#include "ui/GuiMessageBoxes.h"
 
 #include <QAbstractButton>
 #include <QApplication>

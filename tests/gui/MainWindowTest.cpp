@@ -1,13 +1,13 @@
-#include "app/DemoStation.h"
-#include "app/ui/ConditionsPanel.h"
-#include "app/ui/MainWindow.h"
-#include "app/ui/StatusPanels.h"
-#include "app/ui/TrayIcon.h"
-#include "app/ui/WeatherIcons.h"
-#include "readings/StationSimulator.h"
-#include "settings/SettingsModel.h"
-#include "shared/Clock.h"
-#include "shared/NumberText.h"
+#include "core/cycle/DemoStation.h"
+#include "ui/ConditionsPanel.h"
+#include "ui/MainWindow.h"
+#include "ui/StatusPanels.h"
+#include "ui/TrayIcon.h"
+#include "ui/WeatherIcons.h"
+#include "core/readings/StationSimulator.h"
+#include "core/settings/SettingsModel.h"
+#include "core/text/Clock.h"
+#include "core/text/NumberText.h"
 #include "support/TestSupport.h"
 
 #include <QAction>
@@ -53,7 +53,7 @@ class MainWindowTest : public QObject {
             qFatal("demo: %s", qPrintable(error));
         const QString settingsPath = firstRun ? run->folder.file("fresh.ini") : run->demo.settingsPath();
         run->store = std::make_unique<QSettings>(settingsPath, QSettings::IniFormat);
-        run->settings.LoadSettings(*run->store, run->folder.path(), run->errors);
+        run->settings.load(*run->store, run->folder.path(), run->errors);
         run->window = std::make_unique<MainWindow>(run->settings, run->environment, *run->store);
         run->window->resize(1040, 680);
         run->window->show();
@@ -86,12 +86,12 @@ private slots:
         QCOMPARE(sources->currentText(), QString("Demo Station"));
         QCOMPARE(find<QComboBox>(run->window.get(), "cboTestSource")->currentText(), QString("Demo Station"));
 
-        const clsWeather expected = StationSimulator::weatherAt(kNow);
+        const WeatherReading expected = StationSimulator::weatherAt(kNow);
         auto* temperature = find<QLabel>(run->window.get(), "lblCur(1)");
-        QTRY_COMPARE(temperature->text(), NumberText::GeneralNumber(expected.TemperatureOut()));
+        QTRY_COMPARE(temperature->text(), NumberText::generalNumber(expected.temperatureOut()));
         QCOMPARE(find<QLabel>(run->window.get(), "lblCur(7)")->text(), QString("14:23 10-Mar-2026"));
         QCOMPARE(find<QLabel>(run->window.get(), "windText")->text(),
-                 "Wind: " + expected.WindDirection() + " @ " + NumberText::GeneralNumber(expected.WindSpeed()) +
+                 "Wind: " + expected.windDirection() + " @ " + NumberText::generalNumber(expected.windSpeed()) +
                      "knots ");
         QVERIFY(run->window->timer()->isActive());
         QCOMPARE(run->window->timer()->interval(), 5000);
@@ -113,13 +113,13 @@ private slots:
         window.show();
 
         CurrentConditions conditions;
-        clsWeather w = StationSimulator::weatherAt(kNow);
-        w.setStability("0");
-        w.setTrend("1");
-        conditions.ShowReading(w);
-        w.setStormWarning("1");
-        w.setStability("2");
-        conditions.ShowReading(w);
+        WeatherReading w = StationSimulator::weatherAt(kNow);
+        w.setStabilityText("0");
+        w.setTrendText("1");
+        conditions.showReading(w);
+        w.setStormText("1");
+        w.setStabilityText("2");
+        conditions.showReading(w);
         panel->display(conditions);
         status.display(conditions);
 
@@ -177,14 +177,14 @@ private slots:
         if (!TrayIcon::available())
             QVERIFY(run->window->statusBar()->currentMessage().contains("no notification area"));
 
-        emit tray->MenuClick("pause");
+        emit tray->menuClicked("pause");
         QVERIFY(tray->getMenuChecked("pause"));
         QVERIFY(!run->window->timer()->isActive());
-        emit tray->MenuClick("pause");
+        emit tray->menuClicked("pause");
         QVERIFY(!tray->getMenuChecked("pause"));
         QVERIFY(run->window->timer()->isActive());
 
-        emit tray->MenuClick("unknown");
+        emit tray->menuClicked("unknown");
         QCOMPARE(run->boxes.boxes().back().text, QString("Clicked item with key unknown"));
     }
 

@@ -1,7 +1,7 @@
 #include "AccessCheck.h"
 
 #include "MdbToolsOracle.h"
-#include "db/mdb/Database.h"
+#include "mdb/Database.h"
 
 #include <algorithm>
 #include <filesystem>

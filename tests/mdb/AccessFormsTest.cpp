@@ -5,17 +5,17 @@
 // refused before anything is written.
 #include "MdbTestSupport.h"
 #include "MdbToolsOracle.h"
-#include "db/mdb/ByteWriter.h"
-#include "db/mdb/DataPage.h"
-#include "db/mdb/DatabaseCreator.h"
-#include "db/mdb/GeneralSortOrder.h"
-#include "db/mdb/Header.h"
-#include "db/mdb/IndexPage.h"
-#include "db/mdb/IndexTree.h"
-#include "db/mdb/PageAllocator.h"
-#include "db/mdb/Text.h"
-#include "db/mdb/UsageMap.h"
-#include "db/mdb/Verifier.h"
+#include "mdb/ByteWriter.h"
+#include "mdb/DataPage.h"
+#include "mdb/DatabaseCreator.h"
+#include "mdb/GeneralSortOrder.h"
+#include "mdb/Header.h"
+#include "mdb/IndexPage.h"
+#include "mdb/IndexTree.h"
+#include "mdb/PageAllocator.h"
+#include "mdb/Text.h"
+#include "mdb/UsageMap.h"
+#include "mdb/Verifier.h"
 
 #include <filesystem>
 #include <fstream>

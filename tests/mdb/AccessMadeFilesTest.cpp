@@ -4,8 +4,8 @@
 #include "AccessCheck.h"
 #include "MdbTestSupport.h"
 #include "MdbToolsOracle.h"
-#include "db/mdb/DatabaseCreator.h"
-#include "db/mdb/Verifier.h"
+#include "mdb/DatabaseCreator.h"
+#include "mdb/Verifier.h"
 
 #include <filesystem>
 #include <fstream>

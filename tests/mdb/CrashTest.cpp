@@ -1,9 +1,9 @@
 // A change interrupted at any write (a crash, a failing disk, a lost tail)
 // leaves a database that reads as before the change or as after it, never
 // in between, once it has been opened again.
-#include "db/mdb/DatabaseCreator.h"
-#include "db/mdb/Journal.h"
-#include "db/mdb/Verifier.h"
+#include "mdb/DatabaseCreator.h"
+#include "mdb/Journal.h"
+#include "mdb/Verifier.h"
 
 #include <gtest/gtest.h>
 

@@ -1,8 +1,8 @@
 // A damaged or foreign file gives an error that says what and where; the
 // engine never reads outside its buffers (the sanitizer build checks that).
 #include "MdbTestSupport.h"
-#include "db/mdb/Database.h"
-#include "db/mdb/Header.h"
+#include "mdb/Database.h"
+#include "mdb/Header.h"
 
 #include <fstream>
 #include <gtest/gtest.h>

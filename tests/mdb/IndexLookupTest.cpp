@@ -1,9 +1,9 @@
 // Index lookups must return exactly the rows a full scan finds, and every
 // index of the Access-made fixtures must be in order and complete.
 #include "MdbTestSupport.h"
-#include "db/mdb/Database.h"
-#include "db/mdb/DatabaseCreator.h"
-#include "db/mdb/IndexTree.h"
+#include "mdb/Database.h"
+#include "mdb/DatabaseCreator.h"
+#include "mdb/IndexTree.h"
 
 #include <algorithm>
 #include <cctype>

@@ -1,7 +1,7 @@
 // Range lookups over a two-column key, on a tree of several levels with
 // duplicate keys.
-#include "db/mdb/DatabaseCreator.h"
-#include "db/mdb/IndexTree.h"
+#include "mdb/DatabaseCreator.h"
+#include "mdb/IndexTree.h"
 
 #include <algorithm>
 #include <gtest/gtest.h>

@@ -1,8 +1,8 @@
 #include "MdbExercise.h"
 
-#include "db/mdb/Database.h"
-#include "db/mdb/DatabaseWriter.h"
-#include "db/mdb/IndexTree.h"
+#include "mdb/Database.h"
+#include "mdb/DatabaseWriter.h"
+#include "mdb/IndexTree.h"
 
 namespace {
 

@@ -1,8 +1,8 @@
 #include "MdbTestSupport.h"
 
-#include "db/mdb/ByteWriter.h"
-#include "db/mdb/Header.h"
-#include "db/mdb/Text.h"
+#include "mdb/ByteWriter.h"
+#include "mdb/Header.h"
+#include "mdb/Text.h"
 
 #include <filesystem>
 #include <fstream>

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "db/mdb/DatabaseWriter.h"
+#include "mdb/DatabaseWriter.h"
 
 #include <cstdint>
 #include <string>

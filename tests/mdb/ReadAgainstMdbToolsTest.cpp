@@ -3,7 +3,7 @@
 // fixture, value by value. Only formatting is normalised, never content.
 #include "MdbTestSupport.h"
 #include "MdbToolsOracle.h"
-#include "db/mdb/Database.h"
+#include "mdb/Database.h"
 
 #include <algorithm>
 #include <cstdlib>

@@ -3,8 +3,8 @@
 // with what was written; and the engine's own reader and verifier agree.
 #include "MdbTestSupport.h"
 #include "MdbToolsOracle.h"
-#include "db/mdb/DatabaseCreator.h"
-#include "db/mdb/Verifier.h"
+#include "mdb/DatabaseCreator.h"
+#include "mdb/Verifier.h"
 
 #include <algorithm>
 #include <filesystem>

@@ -1,7 +1,7 @@
 // The stored forms of values: dates, currency, decimals, compressed text.
-#include "db/mdb/ByteView.h"
-#include "db/mdb/Text.h"
-#include "db/mdb/Value.h"
+#include "mdb/ByteView.h"
+#include "mdb/Text.h"
+#include "mdb/Value.h"
 
 #include <gtest/gtest.h>
 

@@ -2,8 +2,8 @@
 // unique keys stay unique; another writer (or Access) holding the file is
 // respected; index pages are released and reused.
 #include "MdbToolsOracle.h"
-#include "db/mdb/DatabaseCreator.h"
-#include "db/mdb/Verifier.h"
+#include "mdb/DatabaseCreator.h"
+#include "mdb/Verifier.h"
 
 #include <filesystem>
 #include <fstream>

@@ -1,10 +1,10 @@
 // Random appends, changes and deletes, compared after every step with a
 // plain in-memory model of the table: the rows a scan finds, the rows each
 // index lookup finds, and the file's consistency after every commit.
-#include "db/mdb/DatabaseCreator.h"
-#include "db/mdb/GeneralSortOrder.h"
-#include "db/mdb/Text.h"
-#include "db/mdb/Verifier.h"
+#include "mdb/DatabaseCreator.h"
+#include "mdb/GeneralSortOrder.h"
+#include "mdb/Text.h"
+#include "mdb/Verifier.h"
 
 #include <gtest/gtest.h>
 #include <map>

@@ -32,7 +32,7 @@ QByteArray readAll(const QString& path)
     return in.readAll();
 }
 
-void RecordingErrors::ReportError(const QString& message)
+void RecordingErrors::report(const QString& message)
 {
     QMutexLocker lock(&mutex_);
     messages_ << message;

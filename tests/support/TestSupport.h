@@ -1,7 +1,7 @@
 #pragma once
 
-#include "errors/ErrorReporter.h"
-#include "errors/MessageBoxes.h"
+#include "core/errors/ErrorReporter.h"
+#include "core/errors/MessageBoxes.h"
 
 #include <QByteArray>
 #include <QMutex>
@@ -33,7 +33,7 @@ QByteArray readAll(const QString& path);
 // Records every reported error instead of showing it.
 class RecordingErrors final : public ErrorReporter {
 public:
-    void ReportError(const QString& message) override;
+    void report(const QString& message) override;
     QStringList messages() const;
     bool empty() const { return messages().isEmpty(); }
 

@@ -1,0 +1,141 @@
+#include "core/cycle/RefreshCycle.h"
+
+#include "core/settings/SettingsModel.h"
+
+RefreshCycle::RefreshCycle(const SettingsModel& settings, const Environment& environment, CycleView& view,
+                           CycleGraph& graph)
+    : settings_(settings), view_(view), graph_(graph), logger_(settings, environment), exporter_(settings, environment)
+{
+}
+
+QDateTime RefreshCycle::nextDueAfter(const QDateTime& now, int minutes)
+{
+    const QDateTime due = now.addSecs(60LL * minutes);
+    const QTime time = due.time();
+    return QDateTime(due.date(), QTime(time.hour(), time.minute() - time.minute() % 10));
+}
+
+void RefreshCycle::start(std::vector<std::shared_ptr<WeatherSource>> sources, const QDateTime& now)
+{
+    sources_ = std::move(sources);
+    nextDue_ = nextDueAfter(now, settings_.cycleMinutes());
+    countdown_ = 0;  // the first tick makes the once-a-minute pass at once
+    skipRedraw_ = false;
+}
+
+void RefreshCycle::setPanelSource(std::optional<qint32> sourceID)
+{
+    QMutexLocker lock(&panelMutex_);
+    panelSource_ = sourceID;
+}
+
+WeatherSource* RefreshCycle::findSource(qint32 sourceID) const
+{
+    for (const auto& source : sources_) {
+        if (source->sourceID() == sourceID)
+            return source.get();
+    }
+    return nullptr;
+}
+
+bool RefreshCycle::refreshPanel(bool showTrayState)
+{
+    std::optional<qint32> chosen;
+    {
+        QMutexLocker lock(&panelMutex_);
+        chosen = panelSource_;
+    }
+    if (!chosen)
+        return false;
+    if (showTrayState)
+        view_.setTrayState(1);
+    WeatherSource* source = findSource(*chosen);
+    if (!source || !source->refresh())
+        return false;
+    view_.showReading(source->reading());
+    return true;
+}
+
+void RefreshCycle::showPanelSource()
+{
+    refreshPanel(false);
+}
+
+bool RefreshCycle::exportSource(qint32 sourceID)
+{
+    WeatherSource* source = findSource(sourceID);
+    if (settings_.rssFile().isEmpty() || !source)
+        return false;
+    return exporter_.exportRSS(*source);
+}
+
+void RefreshCycle::logAllSources()
+{
+    const bool exporting = settings_.autoExport() && !settings_.rssFile().isEmpty();
+    for (const auto& source : sources_) {
+        source->setLogCounter(source->logCounter() - 1);
+        if (source->logCounter() >= 1)
+            continue;
+        // A failed read leaves the counter as it is: the source is tried again next cycle.
+        if (!source->refresh())
+            continue;
+        // A station file's reading belongs to the cycle's slot, so that a
+        // cycle repeated in the same slot finds its row already logged.
+        if (source->sourceType() == 0)
+            source->reading().setReadDate(nextDue_);
+        logger_.logReading(*source);
+        if (exporting)
+            exporter_.exportRSS(*source);
+        source->setLogCounter(source->logMultiple());
+    }
+}
+
+bool RefreshCycle::updateGraph(const QDate& today)
+{
+    view_.setTrayState(2);
+    graph_.moveToToday(today);
+    if (settings_.autoPicture()) {
+        const QList<qint32> favourites = graph_.exportFavourites();
+        for (int position = 0; position < favourites.size(); ++position) {
+            graph_.loadFavourite(favourites[position]);
+            if (!graph_.redraw())
+                return false;
+            graph_.exportPicture(position);
+        }
+        return true;
+    }
+    // Without pictures a cycle that logged nothing redraws one minute later,
+    // by running again.
+    if (settings_.autoDatabase() || skipRedraw_) {
+        if (!graph_.redraw())
+            return false;
+        skipRedraw_ = false;
+    } else {
+        skipRedraw_ = true;
+    }
+    return true;
+}
+
+void RefreshCycle::tick(const QDateTime& now)
+{
+    const bool autoRefresh = settings_.autoRefresh();
+    if (countdown_ == kTicksPerMinute && autoRefresh)
+        view_.setTrayState(0);
+    if (--countdown_ >= 1)
+        return;
+
+    if (autoRefresh)
+        refreshPanel(true);
+    if (nextDue_.secsTo(now) >= 0) {
+        if (settings_.autoDatabase()) {
+            view_.setTrayState(2);
+            logAllSources();
+        }
+        // A failed redraw ends the tick here: the whole pass runs again at the next tick.
+        if (settings_.autoGraph() && !updateGraph(now.date()))
+            return;
+        if (!skipRedraw_)
+            nextDue_ = nextDueAfter(now, settings_.cycleMinutes());
+    }
+    countdown_ = kTicksPerMinute;
+}

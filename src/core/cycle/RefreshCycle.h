@@ -1,0 +1,109 @@
+#pragma once
+
+#include "core/db/ReadingLogger.h"
+#include "core/export/RssExporter.h"
+#include "core/sources/WeatherSource.h"
+
+#include <QDateTime>
+#include <QList>
+#include <QMutex>
+#include <memory>
+#include <optional>
+#include <vector>
+
+class SettingsModel;
+
+// What the cycle shows while it works. Called on the thread that runs the
+// cycle; a window passes the calls on to its own thread.
+class CycleView {
+public:
+    virtual ~CycleView() = default;
+    // The tray icon: 0 idle, 1 reading the panel's source, 2 running a cycle.
+    virtual void setTrayState(int state) = 0;
+    // The panel's source has just been read: show its reading.
+    virtual void showReading(const WeatherReading& reading) = 0;
+};
+
+// The history graph and its picture export, as the cycle drives them.
+class CycleGraph {
+public:
+    virtual ~CycleGraph() = default;
+    // Moves the graph's date range on so that it ends today, keeping its length.
+    virtual void moveToToday(const QDate& today) = 0;
+    // The favourites whose pictures are exported each cycle, in list order.
+    virtual QList<qint32> exportFavourites() = 0;
+    virtual bool loadFavourite(qint32 favID) = 0;
+    // Draws the graph again; false when it could not.
+    virtual bool redraw() = 0;
+    // Exports the graph's picture as number `position` of the export list.
+    virtual void exportPicture(int position) = 0;
+};
+
+// A graph that does nothing and never fails: for a program without one.
+class NoGraph final : public CycleGraph {
+public:
+    void moveToToday(const QDate&) override {}
+    QList<qint32> exportFavourites() override { return {}; }
+    bool loadFavourite(qint32) override { return true; }
+    bool redraw() override { return true; }
+    void exportPicture(int) override {}
+};
+
+// The refresh cycle. The window calls tick() every five seconds with the
+// present time. Every twelfth tick is the once-a-minute pass: the panel's
+// source is read and shown (autoRefresh). When the due time has come, every
+// source is read (each every logMultiple-th cycle), logged and exported
+// (autoDatabase, autoExport), the graph is moved on to today and its
+// pictures exported (autoGraph, autoPicture), and the next due time is set
+// to a ten-minute mark. The automation flags are read from the settings at
+// each tick.
+//
+// Not thread-safe: one thread runs tick() and the other operations, one at
+// a time (the window's worker). Only setPanelSource() may be called from
+// any thread.
+class RefreshCycle {
+public:
+    static constexpr int kTicksPerMinute = 12;
+
+    RefreshCycle(const SettingsModel& settings, const Environment& environment, CycleView& view, CycleGraph& graph);
+
+    // The sources, in SourceID order, and the first due time.
+    void start(std::vector<std::shared_ptr<WeatherSource>> sources, const QDateTime& now);
+    void tick(const QDateTime& now);
+
+    // The source chosen in the panel's source list, if any.
+    void setPanelSource(std::optional<qint32> sourceID);
+    // Reads the panel's source and shows it, at once (a new choice in the list).
+    void showPanelSource();
+    // Exports one source's feed file now (the window's test button); false
+    // when no template is set, the source is unknown or the export failed.
+    bool exportSource(qint32 sourceID);
+
+    QDateTime nextDue() const { return nextDue_; }
+    int countdown() const { return countdown_; }
+    const std::vector<std::shared_ptr<WeatherSource>>& sources() const { return sources_; }
+
+    // Now plus the cycle length, cut down to its ten-minute mark (seconds
+    // dropped): 10:27 with 10 minutes gives 10:30, 10:31 gives 10:40.
+    static QDateTime nextDueAfter(const QDateTime& now, int minutes);
+
+private:
+    WeatherSource* findSource(qint32 sourceID) const;
+    // Reads the panel's source, if one is chosen; true when a reading was shown.
+    bool refreshPanel(bool showTrayState);
+    void logAllSources();
+    // The graph steps; false when a redraw failed and the tick must end at once.
+    bool updateGraph(const QDate& today);
+
+    const SettingsModel& settings_;
+    CycleView& view_;
+    CycleGraph& graph_;
+    ReadingLogger logger_;
+    RssExporter exporter_;
+    std::vector<std::shared_ptr<WeatherSource>> sources_;
+    QDateTime nextDue_;
+    int countdown_ = 0;
+    bool skipRedraw_ = false;
+    mutable QMutex panelMutex_;
+    std::optional<qint32> panelSource_;
+};

@@ -1,0 +1,105 @@
+#include "core/db/ReadingLogger.h"
+
+#include "core/db/DatabaseSession.h"
+#include "core/errors/ErrorReporter.h"
+#include "core/settings/SettingsModel.h"
+#include "core/sources/WeatherSource.h"
+#include "core/text/DateText.h"
+#include "core/text/NumberText.h"
+
+namespace {
+
+// The reading's time to the minute; a reading that never had a time counts
+// as the zero date at midnight.
+QDateTime minuteOf(const QDateTime& readDate)
+{
+    if (!readDate.isValid())
+        return QDateTime(DateText::zeroDate(), QTime(0, 0));
+    const QTime time = readDate.time();
+    return QDateTime(readDate.date(), QTime(time.hour(), time.minute()));
+}
+
+// A number as its general text would store it: 15 significant digits.
+QVariant general(double value)
+{
+    return NumberText::generalNumber(value).toDouble();
+}
+
+}  // namespace
+
+std::vector<ColumnValue> ReadingLogger::historyRow(const WeatherReading& reading, qint32 sourceID)
+{
+    const QDateTime minute = minuteOf(reading.readDate());
+    return {
+        {"Pressure", general(reading.barometer())},
+        {"InTemperature", general(reading.temperatureIn())},
+        {"InHumidity", general(reading.humidityIn())},
+        {"OutTemperature", general(reading.temperatureOut())},
+        {"OutHumidity", general(reading.humidityOut())},
+        {"Dewpoint", general(reading.dewpoint())},
+        {"Windchill", general(reading.windChill())},
+        {"WindSpeed", NumberText::fixedNumber(reading.windSpeed(), 1).toDouble()},
+        {"WindDir", reading.windDirection()},
+        {"RainTotal", general(reading.rainTotal())},
+        {"TimeText", DateText::format(minute, "HH:mm")},
+        {"DateText", DateText::format(minute, "dd.MM.yyyy")},
+        {"DateRead", minute},
+        {"Rain1Hr", general(reading.rain1h())},
+        {"Rain24Hr", general(reading.rain24h())},
+        {"BarTrend", int(reading.trendCode())},
+        {"Stability", int(reading.stabilityCode())},
+        {"Storm", int(reading.stormCode())},
+        {"SourceID", sourceID},
+    };
+}
+
+namespace {
+
+const QStringList kHistoryColumns = {"Pressure",   "InTemperature", "InHumidity", "OutTemperature", "OutHumidity",
+                                     "Dewpoint",   "Windchill",     "WindSpeed",  "WindDir",        "RainTotal",
+                                     "TimeText",   "DateText",      "DateRead",   "Rain1Hr",        "Rain24Hr",
+                                     "BarTrend",   "Stability",     "Storm",      "SourceID"};
+
+}  // namespace
+
+// Duplicate test:
+//   SELECT 1 FROM HISTORY WHERE SourceID = <S> AND DateRead = #<D as mm/dd/yyyy HH:nn>#
+// and, when it finds no row:
+//   INSERT INTO History (Pressure, InTemperature, InHumidity, OutTemperature, OutHumidity,
+//     dewpoint, Windchill, windSpeed, WindDir, rainTotal, TimeText, DateText,
+//     DateRead, Rain1Hr, Rain24Hr, BarTrend, stabilityText, Storm, SourceID)
+//   VALUES (<numbers as general text>, <wind speed as #0.0>, '<wind direction>', ...,
+//     '<D as HH:nn>', '<D as dd.mm.yyyy>', #<D as mm/dd/yyyy HH:nn>#, ..., <S>)
+// The values go in typed, so a quote in the wind direction is stored as it is.
+bool ReadingLogger::logReading(const WeatherSource& source)
+{
+    const QString path = settings_.primaryDatabase();
+    if (path.isEmpty())
+        return false;
+    BusyScope busy(environment_.busy);
+    auto fail = [this](const mdb::Error& error) {
+        environment_.errors.report("\r\nDatabase Write Error: " + QString::fromStdString(error.message));
+        return false;
+    };
+
+    auto session = DatabaseSession::open(path, DatabaseSession::Access::Write, environment_);
+    if (!session)
+        return fail(session.error());
+    auto history = (*session)->table("History", kHistoryColumns);
+    if (!history)
+        return fail(history.error());
+
+    const QDateTime minute = minuteOf(source.reading().readDate());
+    const qint32 sourceID = source.sourceID();
+    auto existing = (*session)->rowsWhere(*history, {{"SourceID", sourceID}, {"DateRead", minute}});
+    if (!existing)
+        return fail(existing.error());
+    if (!existing->empty())
+        return false;
+
+    if (auto inserted = (*session)->insert(*history, historyRow(source.reading(), sourceID)); !inserted)
+        return fail(inserted.error());
+    if (mdb::Status committed = (*session)->commit(); !committed)
+        return fail(committed.error());
+    return true;
+}

@@ -1,0 +1,172 @@
+#include "mdb/File.h"
+
+#include <algorithm>
+#include <cerrno>
+#include <cstring>
+#include <fcntl.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+namespace mdb {
+
+namespace {
+
+std::string systemError(const std::string& what, const std::string& path)
+{
+    return what + " " + path + ": " + std::strerror(errno);
+}
+
+// A file on disk, read and written with pread/pwrite.
+class DiskFile final : public File {
+public:
+    DiskFile(int fd, std::string path) : fd_(fd), path_(std::move(path)) {}
+    ~DiskFile() override { ::close(fd_); }
+
+    Status read(uint64_t offset, std::span<uint8_t> out) override
+    {
+        std::size_t done = 0;
+        while (done < out.size()) {
+            const ssize_t n = ::pread(fd_, out.data() + done, out.size() - done, off_t(offset + done));
+            if (n < 0 && errno == EINTR)
+                continue;
+            if (n < 0)
+                return ioError(systemError("cannot read", path_));
+            if (n == 0)
+                return ioError(path_ + ": unexpected end of file at byte " + std::to_string(offset + done));
+            done += std::size_t(n);
+        }
+        return Status::success();
+    }
+
+    Status write(uint64_t offset, std::span<const uint8_t> data) override
+    {
+        std::size_t done = 0;
+        while (done < data.size()) {
+            const ssize_t n = ::pwrite(fd_, data.data() + done, data.size() - done, off_t(offset + done));
+            if (n < 0 && errno == EINTR)
+                continue;
+            if (n < 0)
+                return ioError(systemError("cannot write", path_));
+            done += std::size_t(n);
+        }
+        return Status::success();
+    }
+
+    Result<uint64_t> size() override
+    {
+        struct stat info {};
+        if (::fstat(fd_, &info) != 0)
+            return ioError(systemError("cannot read the size of", path_));
+        return uint64_t(info.st_size);
+    }
+
+    Status sync() override
+    {
+        if (::fsync(fd_) != 0)
+            return ioError(systemError("cannot flush", path_));
+        return Status::success();
+    }
+
+    Status truncate(uint64_t size) override
+    {
+        if (::ftruncate(fd_, off_t(size)) != 0)
+            return ioError(systemError("cannot resize", path_));
+        return Status::success();
+    }
+
+    std::string name() const override { return path_; }
+    int descriptor() const { return fd_; }
+
+private:
+    int fd_;
+    std::string path_;
+};
+
+}  // namespace
+
+Result<std::unique_ptr<File>> openDiskFile(const std::string& path, OpenMode mode)
+{
+    struct stat info {};
+    if (mode != OpenMode::CreateNew) {
+        if (::stat(path.c_str(), &info) != 0)
+            return ioError(systemError("cannot open", path));
+        if (S_ISDIR(info.st_mode))
+            return ioError(path + " is a folder, not a database file");
+    }
+    int flags = O_CLOEXEC;
+    if (mode == OpenMode::ReadOnly)
+        flags |= O_RDONLY;
+    else if (mode == OpenMode::ReadWrite)
+        flags |= O_RDWR;
+    else
+        flags |= O_RDWR | O_CREAT | O_EXCL;
+    const int fd = ::open(path.c_str(), flags, 0644);
+    if (fd < 0)
+        return ioError(systemError("cannot open", path));
+    return std::unique_ptr<File>(std::make_unique<DiskFile>(fd, path));
+}
+
+int diskFileDescriptor(File& file)
+{
+    auto* disk = dynamic_cast<DiskFile*>(&file);
+    return disk ? disk->descriptor() : -1;
+}
+
+Status MemoryFile::read(uint64_t offset, std::span<uint8_t> out)
+{
+    if (offset > bytes_.size() || out.size() > bytes_.size() - offset)
+        return ioError(name_ + ": unexpected end of file at byte " + std::to_string(bytes_.size()));
+    std::copy_n(bytes_.begin() + std::ptrdiff_t(offset), out.size(), out.begin());
+    return Status::success();
+}
+
+Status MemoryFile::write(uint64_t offset, std::span<const uint8_t> data)
+{
+    if (offset + data.size() > bytes_.size())
+        bytes_.resize(offset + data.size());
+    std::copy(data.begin(), data.end(), bytes_.begin() + std::ptrdiff_t(offset));
+    return Status::success();
+}
+
+Status MemoryFile::truncate(uint64_t size)
+{
+    bytes_.resize(size);
+    return Status::success();
+}
+
+Status FaultyFile::read(uint64_t offset, std::span<uint8_t> out)
+{
+    ++reads_;
+    if (reads_ == failRead_)
+        return ioError(name() + ": injected read failure");
+    if (hasCut_ && (offset > cut_ || out.size() > cut_ - offset))
+        return ioError(name() + ": unexpected end of file at byte " + std::to_string(cut_));
+    return inner_->read(offset, out);
+}
+
+Status FaultyFile::write(uint64_t offset, std::span<const uint8_t> data)
+{
+    ++writes_;
+    if (writes_ == failWrite_)
+        return ioError(name() + ": injected write failure");
+    if (crashAfter_ >= 0 && writes_ > crashAfter_)
+        return Status::success();  // lost in the crash
+    return inner_->write(offset, data);
+}
+
+Result<uint64_t> FaultyFile::size()
+{
+    auto size = inner_->size();
+    if (size && hasCut_)
+        return std::min(*size, cut_);
+    return size;
+}
+
+Status FaultyFile::truncate(uint64_t size)
+{
+    if (crashAfter_ >= 0 && writes_ >= crashAfter_)
+        return Status::success();
+    return inner_->truncate(size);
+}
+
+}  // namespace mdb

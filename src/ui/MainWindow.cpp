@@ -1,0 +1,352 @@
+#include "ui/MainWindow.h"
+
+#include "ui/ConditionsPanel.h"
+#include "core/cycle/CycleWorker.h"
+#include "ui/StatusPanels.h"
+#include "ui/TrayIcon.h"
+#include "ui/WeatherIcons.h"
+#include "core/sources/SourceLists.h"
+#include "core/errors/MessageBoxes.h"
+#include "core/settings/SettingsModel.h"
+
+#include <QApplication>
+#include <QCloseEvent>
+#include <QComboBox>
+#include <QGroupBox>
+#include <QHBoxLayout>
+#include <QLabel>
+#include <QMenuBar>
+#include <QMessageBox>
+#include <QPushButton>
+#include <QSettings>
+#include <QStatusBar>
+#include <QTabWidget>
+#include <QTimer>
+#include <QVBoxLayout>
+
+namespace {
+
+constexpr int kTickMs = 5000;
+const char* const kHelpContact = "https://nimbrel.example.org/issues";
+
+QAction* addItem(QMenu* menu, const QString& caption, const QString& name, bool enabled = true)
+{
+    QAction* item = menu->addAction(caption);
+    item->setObjectName(name);
+    item->setEnabled(enabled);
+    return item;
+}
+
+QLabel* hint(const QString& text, QWidget* parent)
+{
+    auto* label = new QLabel(text, parent);
+    label->setWordWrap(true);
+    label->setForegroundRole(QPalette::PlaceholderText);
+    return label;
+}
+
+QAction* addToggle(QMenu* menu, const QString& caption, const QString& name)
+{
+    QAction* item = addItem(menu, caption, name);
+    item->setCheckable(true);
+    return item;
+}
+
+}  // namespace
+
+MainWindow::MainWindow(SettingsModel& settings, const Environment& environment, QSettings& store, QWidget* parent)
+    : QMainWindow(parent), settings_(settings), environment_(environment), store_(store)
+{
+    setObjectName("Main");
+    setWindowTitle(QApplication::applicationDisplayName());
+    setWindowIcon(WeatherIcons::applicationIcon());
+
+    auto* tabs = new QTabWidget(this);
+    tabs->setObjectName("tabMain");
+    tabs->addTab(buildConditionsTab(), tr("Current Conditions"));
+    tabs->addTab(buildExportsTab(), tr("Exports"));
+    setCentralWidget(tabs);
+    statusPanels_ = new StatusPanels(statusBar());
+    buildMenus();
+
+    timing_ = new QTimer(this);
+    timing_->setObjectName("Timing");
+    timing_->setInterval(kTickMs);
+
+    worker_ = new CycleWorker(settings_, environment_);
+    worker_->moveToThread(&workerThread_);
+    connect(&workerThread_, &QThread::finished, worker_, &QObject::deleteLater);
+    connect(worker_, &CycleWorker::readingShown, this, &MainWindow::showReading);
+    connect(worker_, &CycleWorker::trayStateChanged, this, &MainWindow::setTrayIcon);
+    connect(timing_, &QTimer::timeout, this, [this] { worker_->requestTick(); });
+    workerThread_.setObjectName("Refresh cycle");
+    workerThread_.start();
+
+    if (!restoreGeometry(store_.value("Window/Geometry").toByteArray()))
+        resize(1040, 680);
+}
+
+MainWindow::~MainWindow()
+{
+    stopWorker();
+}
+
+QWidget* MainWindow::buildConditionsTab()
+{
+    auto* page = new QWidget(this);
+    panel_ = new ConditionsPanel(page);
+    connect(panel_->sourceList(), &QComboBox::activated, this, &MainWindow::currentSourceChosen);
+
+    auto* dayLog = new QPushButton(tr("Make Day Log Entry"), page);
+    dayLog->setObjectName("cmdDayLog");
+    dayLog->setEnabled(false);  // the day diary comes with its own window
+    auto* buttons = new QHBoxLayout;
+    buttons->addStretch();
+    buttons->addWidget(dayLog);
+
+    auto* layout = new QVBoxLayout(page);
+    layout->addWidget(panel_);
+    layout->addLayout(buttons);
+    return page;
+}
+
+QWidget* MainWindow::buildExportsTab()
+{
+    auto* page = new QWidget(this);
+    auto* rss = new QGroupBox(tr("Test RSS Export"), page);
+    testSources_ = new QComboBox(rss);
+    testSources_->setObjectName("cboTestSource");
+    testSources_->setMinimumContentsLength(20);
+    auto* exportRss = new QPushButton(tr("Export RSS Data"), rss);
+    exportRss->setObjectName("cmdTest(1)");
+    exportRss->setToolTip(tr("Saves to export folder as set in prefs."));
+    connect(exportRss, &QPushButton::clicked, this, &MainWindow::exportTestSource);
+    auto* rssRow = new QHBoxLayout;
+    rssRow->addWidget(new QLabel(tr("Source"), rss));
+    rssRow->addWidget(testSources_);
+    rssRow->addWidget(exportRss);
+    rssRow->addStretch();
+    auto* rssLayout = new QVBoxLayout(rss);
+    rssLayout->addWidget(hint(tr("Fills the feed template of the preferences with the source's latest reading "
+                                 "and writes the source's export file, as every cycle does."),
+                              rss));
+    rssLayout->addLayout(rssRow);
+
+    auto* picture = new QGroupBox(tr("Test Picture Export"), page);
+    auto* exportPicture = new QPushButton(tr("Export Picture"), picture);
+    exportPicture->setObjectName("cmdTest(0)");
+    exportPicture->setEnabled(false);  // pictures come with the history graph
+    auto* pictureRow = new QHBoxLayout;
+    pictureRow->addWidget(exportPicture);
+    pictureRow->addStretch();
+    auto* pictureLayout = new QVBoxLayout(picture);
+    pictureLayout->addWidget(hint(tr("Saves the history graph as a picture for a web site."), picture));
+    pictureLayout->addLayout(pictureRow);
+
+    auto* layout = new QVBoxLayout(page);
+    layout->addWidget(rss);
+    layout->addWidget(picture);
+    layout->addStretch();
+    return page;
+}
+
+void MainWindow::buildMenus()
+{
+    QMenu* traces = menuBar()->addMenu(tr("Traces"));
+    traces->setObjectName("mnuFile");
+    addItem(traces, tr("Add New Trace"), "mnuFile(0)", false);
+    addItem(traces, tr("Clear Traces"), "mnuFile(1)", false);
+
+    favourites_ = menuBar()->addMenu(tr("Favourites"));
+    favourites_->setObjectName("mnuFavor");
+    addItem(favourites_, tr("add to Favourites"), "mnuFavor(0)", false);
+    favouritesSeparator_ = favourites_->addSeparator();
+    favouritesSeparator_->setObjectName("mnuFavor(1)");
+    favouritesSeparator_->setVisible(false);
+
+    QMenu* options = menuBar()->addMenu(tr("Options"));
+    options->setObjectName("mnuOption");
+    addToggle(options, tr("Show Legend"), "mnuOption(0)");
+    addToggle(options, tr("Show Stability Transitions"), "mnuOption(1)");
+    addToggle(options, tr("Single Day Range"), "mnuOption(2)");
+    options->addSeparator()->setObjectName("mnuOption(3)");
+    addItem(options, tr("Print Preview"), "mnuOption(4)", false);
+    addItem(options, tr("Preferences"), "mnuOption(5)", false);
+    addItem(options, tr("Remote Data D/L"), "mnuOption(6)", false);
+
+    QMenu* help = menuBar()->addMenu(tr("Help"));
+    help->setObjectName("mnuHelp");
+    connect(addItem(help, tr("Notes"), "mnuHelp(0)"), &QAction::triggered, this, &MainWindow::showNotes);
+    connect(addItem(help, tr("About"), "mnuHelp(1)"), &QAction::triggered, this, &MainWindow::showAbout);
+
+    QAction* exit = menuBar()->addAction(tr("Exit"));
+    exit->setObjectName("mnuExit");
+    connect(exit, &QAction::triggered, this, &QWidget::close);
+}
+
+void MainWindow::Form_Load()
+{
+    const QString database = settings_.primaryDatabase();
+    loadFavouritesMenu();
+    // Queued, never waited for: loading may report an error, which needs this thread.
+    QMetaObject::invokeMethod(worker_, [this, database] { worker_->start(database); }, Qt::QueuedConnection);
+    if (settings_.firstRun()) {
+        environment_.boxes.show(tr("New Setup"),
+                                tr("Welcome to ") + QApplication::applicationDisplayName() + "\r\n" +
+                                    tr("Please setup your preferences under the Options Menu"),
+                                MessageBoxes::Icon::Information);
+    } else {
+        fillSourceLists();
+    }
+    showTrayIcon(true);
+    timing_->start();
+}
+
+void MainWindow::loadFavouritesMenu()
+{
+    const QList<SourceLists::ListEntry> favourites = SourceLists::favouriteList(settings_.primaryDatabase(), environment_);
+    for (const SourceLists::ListEntry& favourite : favourites) {
+        QAction* item = favourites_->addAction(favourite.name);
+        item->setData(favourite.key);
+        item->setEnabled(false);  // drawn once the history graph is part of the window
+    }
+    favouritesSeparator_->setVisible(!favourites.isEmpty());
+}
+
+void MainWindow::fillSourceLists()
+{
+    const QList<SourceLists::ListEntry> sources = SourceLists::sourceList(settings_.primaryDatabase(), environment_);
+    for (QComboBox* list : {panel_->sourceList(), testSources_}) {
+        list->clear();
+        for (const SourceLists::ListEntry& source : sources)
+            list->addItem(source.name, source.key);
+        list->setCurrentIndex(list->count() > 0 ? 0 : -1);
+    }
+    currentSourceChosen();
+}
+
+void MainWindow::currentSourceChosen()
+{
+    const QVariant chosen = panel_->sourceList()->currentData();
+    worker_->setPanelSource(chosen.isValid() ? std::optional<qint32>(chosen.toInt()) : std::nullopt);
+    if (chosen.isValid())
+        QMetaObject::invokeMethod(worker_, &CycleWorker::showPanelSource, Qt::QueuedConnection);
+}
+
+void MainWindow::exportTestSource()
+{
+    if (settings_.rssFile().isEmpty() || testSources_->currentIndex() < 0)
+        return;
+    const qint32 sourceID = testSources_->currentData().toInt();
+    QMetaObject::invokeMethod(worker_, [this, sourceID] { worker_->exportSource(sourceID); }, Qt::QueuedConnection);
+}
+
+void MainWindow::showReading(const WeatherReading& reading)
+{
+    conditions_.showReading(reading);
+    panel_->display(conditions_);
+    statusPanels_->display(conditions_);
+}
+
+void MainWindow::showTrayIcon(bool show)
+{
+    if (!show) {
+        delete tray_;
+        tray_ = nullptr;
+        return;
+    }
+    if (tray_)
+        return;
+    tray_ = new TrayIcon(this);
+    tray_->addMenuItem(tr("Show Nimbrel"), "open", true);
+    tray_->addMenuItem(tr("Pause"), "pause");
+    tray_->addMenuItem("-", "");
+    tray_->addMenuItem(tr("About..."), "about");
+    tray_->addMenuItem("-", "");
+    tray_->addMenuItem(tr("Exit"), "close");
+    tray_->setMenuChecked("pause", false);
+    tray_->setToolTip("Nimbrel!");
+    tray_->setState(0);
+    connect(tray_, &TrayIcon::menuClicked, this, &MainWindow::trayMenuClick);
+    connect(tray_, &TrayIcon::doubleClicked, this, &MainWindow::showFromTray);
+    if (TrayIcon::available())
+        tray_->show();
+    else
+        statusBar()->showMessage(tr("This desktop has no notification area: Nimbrel runs in its window only."),
+                                 15000);
+}
+
+void MainWindow::setTrayIcon(int state)
+{
+    if (tray_)
+        tray_->setState(state);
+}
+
+void MainWindow::trayMenuClick(const QString& key)
+{
+    if (key == u"open") {
+        showMaximized();
+        showFromTray();
+    } else if (key == u"pause") {
+        const bool paused = !tray_->getMenuChecked("pause");
+        tray_->setMenuChecked("pause", paused);
+        if (paused)
+            timing_->stop();
+        else
+            timing_->start();
+    } else if (key == u"about") {
+        showAbout();
+    } else if (key == u"close") {
+        close();
+    } else {
+        environment_.boxes.show(QApplication::applicationDisplayName(), "Clicked item with key " + key,
+                                MessageBoxes::Icon::Information);
+    }
+}
+
+void MainWindow::showFromTray()
+{
+    if (!isVisible())
+        show();
+    raise();
+    activateWindow();
+}
+
+void MainWindow::showNotes()
+{
+    environment_.boxes.show(tr("Notes"),
+                            tr("Nimbrel logs and graphs the readings of your weather station.\r\n\r\n"
+                               "For help, questions and reports of problems, write to the project's issue page:\r\n") +
+                                kHelpContact,
+                            MessageBoxes::Icon::Information);
+}
+
+void MainWindow::showAbout()
+{
+    QMessageBox::about(this, tr("About Nimbrel"),
+                       tr("<h3>Nimbrel %1</h3>"
+                          "<p>A weather-station logger and grapher: it reads your station's current-data "
+                          "file, logs every reading into an Access database and keeps your web page fresh.</p>"
+                          "<p>Licensed under the GNU General Public License, version 3 or later.</p>"
+                          "<p><a href=\"%2\">%2</a></p>")
+                           .arg(QApplication::applicationVersion(), kHelpContact));
+}
+
+void MainWindow::stopWorker()
+{
+    timing_->stop();
+    if (!workerThread_.isRunning())
+        return;
+    workerThread_.quit();
+    // The worker may be waiting for a message box on this thread: keep it answered.
+    while (!workerThread_.wait(50))
+        QCoreApplication::processEvents(QEventLoop::ExcludeUserInputEvents);
+}
+
+void MainWindow::closeEvent(QCloseEvent* event)
+{
+    stopWorker();
+    store_.setValue("Window/Geometry", saveGeometry());
+    showTrayIcon(false);
+    event->accept();
+}

@@ -1,0 +1,74 @@
+#pragma once
+
+#include "core/cycle/CurrentConditions.h"
+#include "core/errors/Environment.h"
+
+#include <QMainWindow>
+#include <QThread>
+
+class ConditionsPanel;
+class CycleWorker;
+class QAction;
+class QComboBox;
+class QMenu;
+class QSettings;
+class QTimer;
+class SettingsModel;
+class StatusPanels;
+class TrayIcon;
+
+// The program's main window (Main). Form_Load() starts the program: it
+// fills the menus and source lists, greets a first-time user, and starts
+// the refresh cycle, which runs on a worker thread while the window shows
+// its results. Closing the window ends the program, after the cycle's
+// current piece of work has finished.
+class MainWindow final : public QMainWindow {
+    Q_OBJECT
+
+public:
+    // `store` keeps the window's size and place between runs.
+    MainWindow(SettingsModel& settings, const Environment& environment, QSettings& store,
+               QWidget* parent = nullptr);
+    ~MainWindow() override;
+
+    void Form_Load();
+
+    // The refresh timer (Timing): five seconds, running unless paused.
+    QTimer* timer() const { return timing_; }
+    TrayIcon* tray() const { return tray_; }
+    const CurrentConditions& conditions() const { return conditions_; }
+
+protected:
+    void closeEvent(QCloseEvent* event) override;
+
+private:
+    void buildMenus();
+    QWidget* buildConditionsTab();
+    QWidget* buildExportsTab();
+    void showTrayIcon(bool show);
+    void setTrayIcon(int state);
+    void trayMenuClick(const QString& key);
+    void showFromTray();
+    void loadFavouritesMenu();
+    void fillSourceLists();
+    void currentSourceChosen();
+    void exportTestSource();
+    void showReading(const WeatherReading& reading);
+    void showNotes();
+    void showAbout();
+    void stopWorker();
+
+    SettingsModel& settings_;
+    const Environment& environment_;
+    QSettings& store_;
+    CurrentConditions conditions_;
+    ConditionsPanel* panel_ = nullptr;
+    StatusPanels* statusPanels_ = nullptr;
+    QComboBox* testSources_ = nullptr;
+    QMenu* favourites_ = nullptr;
+    QAction* favouritesSeparator_ = nullptr;
+    TrayIcon* tray_ = nullptr;
+    QTimer* timing_ = nullptr;
+    QThread workerThread_;
+    CycleWorker* worker_ = nullptr;
+};

@@ -1,0 +1,89 @@
+#include "ui/TrayIcon.h"
+
+#include "ui/WeatherIcons.h"
+
+#include <QMenu>
+#include <QSystemTrayIcon>
+
+TrayIcon::TrayIcon(QObject* parent) : QObject(parent), menu_(new QMenu), icon_(new QSystemTrayIcon(this))
+{
+    menu_->setObjectName("mnuPopup");
+    icon_->setContextMenu(menu_);
+    icon_->setIcon(WeatherIcons::trayIcon(0));
+    // A left click opens nothing, a right click the menu (the platform shows
+    // the context menu), a double click the window.
+    connect(icon_, &QSystemTrayIcon::activated, this, [this](QSystemTrayIcon::ActivationReason reason) {
+        if (reason == QSystemTrayIcon::DoubleClick)
+            emit doubleClicked();
+    });
+}
+
+TrayIcon::~TrayIcon()
+{
+    icon_->hide();
+    delete menu_;
+}
+
+bool TrayIcon::available()
+{
+    return QSystemTrayIcon::isSystemTrayAvailable();
+}
+
+void TrayIcon::show()
+{
+    if (available())
+        icon_->show();
+}
+
+QAction* TrayIcon::addMenuItem(const QString& caption, const QString& key, bool isDefault)
+{
+    if (caption == u"-")
+        return menu_->addSeparator();
+    QAction* item = menu_->addAction(caption);
+    item->setData(key);
+    item->setObjectName(QString("mnuSysTray(%1)").arg(menu_->actions().size() - 1));
+    if (isDefault) {
+        QFont bold = item->font();
+        bold.setBold(true);
+        item->setFont(bold);
+        menu_->setDefaultAction(item);
+    }
+    connect(item, &QAction::triggered, this, [this, key] { emit menuClicked(key); });
+    return item;
+}
+
+QAction* TrayIcon::itemFor(const QString& key) const
+{
+    for (QAction* item : menu_->actions()) {
+        if (!item->isSeparator() && item->data().toString() == key)
+            return item;
+    }
+    return nullptr;
+}
+
+bool TrayIcon::getMenuChecked(const QString& key) const
+{
+    QAction* item = itemFor(key);
+    return item && item->isChecked();
+}
+
+void TrayIcon::setMenuChecked(const QString& key, bool checked)
+{
+    if (QAction* item = itemFor(key)) {
+        item->setCheckable(true);
+        item->setChecked(checked);
+    }
+}
+
+void TrayIcon::setToolTip(const QString& text)
+{
+    icon_->setToolTip(text);
+}
+
+void TrayIcon::setState(int state)
+{
+    if (state == state_)
+        return;
+    state_ = state;
+    icon_->setIcon(WeatherIcons::trayIcon(state));
+}

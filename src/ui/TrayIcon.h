@@ -1,0 +1,47 @@
+#pragma once
+
+#include <QObject>
+#include <QPointer>
+
+class QAction;
+class QMenu;
+class QSystemTrayIcon;
+
+// The program's icon in the desktop's notification area, with its own
+// popup menu (mnuPopup). Knows nothing of weather: it reports the user's
+// choices by the menu item's key, and a double click.
+//
+// The menu exists even where the desktop has no notification area; the
+// icon is then never shown (available() is false).
+class TrayIcon final : public QObject {
+    Q_OBJECT
+
+public:
+    explicit TrayIcon(QObject* parent = nullptr);
+    ~TrayIcon() override;
+
+    static bool available();
+    void show();
+
+    // A caption "-" makes a separator. The default item is shown in bold.
+    QAction* addMenuItem(const QString& caption, const QString& key, bool isDefault = false);
+    bool getMenuChecked(const QString& key) const;
+    void setMenuChecked(const QString& key, bool checked);
+    QMenu* menu() const { return menu_; }
+
+    void setToolTip(const QString& text);
+    // The picture of state 0 (idle), 1 (reading) or 2 (running a cycle).
+    void setState(int state);
+    int state() const { return state_; }
+
+signals:
+    void menuClicked(const QString& key);
+    void doubleClicked();
+
+private:
+    QAction* itemFor(const QString& key) const;
+
+    QMenu* menu_;
+    QSystemTrayIcon* icon_;
+    int state_ = 0;
+};
