@@ -114,9 +114,7 @@ bool buildTenYears(const QString& path, QTextStream& out, QTextStream& errors)
 bool timeLogReading(const QString& path, const Environment& environment, CountingErrors& reported,
                     QTextStream& out, QTextStream& errors)
 {
-    SettingsModel settings;
-    settings.setDatabase(path);
-    ReadingLogger logger(settings, environment);
+    ReadingLogger logger(environment);
     WeatherSource source(environment);
     std::vector<double> times;
     for (int i = 0; i < kLoggedReadings; ++i) {
@@ -128,7 +126,7 @@ bool timeLogReading(const QString& path, const Environment& environment, Countin
         w.setWindDirection("SSW");
         QElapsedTimer timer;
         timer.start();
-        const bool logged = logger.logReading(source);
+        const bool logged = logger.logReading(path, source.sourceID(), source.reading());
         times.push_back(double(timer.nsecsElapsed()) / 1e6);
         if (!logged) {
             errors << "LogReading failed: " << reported.last.trimmed() << '\n';

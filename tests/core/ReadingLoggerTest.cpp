@@ -3,19 +3,12 @@
 #include "core/db/ReadingLogger.h"
 #include "mdb/Database.h"
 #include "mdb/DatabaseCreator.h"
-#include "core/settings/SettingsModel.h"
 #include "core/sources/WeatherSource.h"
 
 namespace {
 
 class ReadingLoggerTest : public DatabaseFixture {
 protected:
-    void SetUp() override
-    {
-        DatabaseFixture::SetUp();
-        settings.setDatabase(path);
-    }
-
     // A source holding a typical reading taken at `time` on 15 Jan 2026.
     std::unique_ptr<WeatherSource> sourceAt(qint32 id, QTime time)
     {
@@ -41,15 +34,21 @@ protected:
         return source;
     }
 
-    SettingsModel settings;
-    ReadingLogger logger{settings, environment};
+    bool log(const WeatherSource& source) { return logWith(logger, source); }
+    bool logWith(ReadingLogger& other, const WeatherSource& source)
+    {
+        return other.logReading(database, source.sourceID(), source.reading());
+    }
+
+    ReadingLogger logger{environment};
+    QString database = path;
 };
 
 TEST_F(ReadingLoggerTest, StoresEveryValueInItsForm)
 {
     auto source = sourceAt(3, QTime(10, 5, 10));
     const WeatherReading before = source->reading();
-    EXPECT_TRUE(logger.logReading(*source));
+    EXPECT_TRUE(log(*source));
     EXPECT_TRUE(errors.empty()) << errors.messages().join("|").toStdString();
     EXPECT_EQ(source->reading(), before) << "the reading itself is not changed";
 
@@ -72,10 +71,10 @@ TEST_F(ReadingLoggerTest, StoresEveryValueInItsForm)
 
 TEST_F(ReadingLoggerTest, OneRowPerSourceAndMinute)
 {
-    EXPECT_TRUE(logger.logReading(*sourceAt(0, QTime(10, 5, 10))));
-    EXPECT_FALSE(logger.logReading(*sourceAt(0, QTime(10, 5, 50)))) << "same source, same minute";
-    EXPECT_TRUE(logger.logReading(*sourceAt(1, QTime(10, 5, 50)))) << "another source";
-    EXPECT_TRUE(logger.logReading(*sourceAt(0, QTime(10, 6, 0)))) << "the next minute";
+    EXPECT_TRUE(log(*sourceAt(0, QTime(10, 5, 10))));
+    EXPECT_FALSE(log(*sourceAt(0, QTime(10, 5, 50)))) << "same source, same minute";
+    EXPECT_TRUE(log(*sourceAt(1, QTime(10, 5, 50)))) << "another source";
+    EXPECT_TRUE(log(*sourceAt(0, QTime(10, 6, 0)))) << "the next minute";
     EXPECT_TRUE(errors.empty());
     EXPECT_EQ(MdbTools::count(path.toStdString(), "History"), 3);
 }
@@ -86,8 +85,8 @@ TEST_F(ReadingLoggerTest, WindDirectionIsStoredAsItIsHeld)
     quoted->reading().setWindDirection("N'E");
     auto empty = sourceAt(0, QTime(9, 10));
     empty->reading().setWindDirection("");
-    EXPECT_TRUE(logger.logReading(*quoted));
-    EXPECT_TRUE(logger.logReading(*empty));
+    EXPECT_TRUE(log(*quoted));
+    EXPECT_TRUE(log(*empty));
 
     const MdbTools::Export history = exported("History");
     ASSERT_EQ(history.rows.size(), 2u);
@@ -108,8 +107,8 @@ TEST_F(ReadingLoggerTest, WindDirectionIsStoredAsItIsHeld)
 
 TEST_F(ReadingLoggerTest, NoPrimaryDatabaseDoesNothing)
 {
-    settings.setDatabase("");
-    EXPECT_FALSE(logger.logReading(*sourceAt(0, QTime(10, 0))));
+    auto source = sourceAt(0, QTime(10, 0));
+    EXPECT_FALSE(logger.logReading("", source->sourceID(), source->reading()));
     EXPECT_TRUE(errors.empty());
     EXPECT_EQ(MdbTools::count(path.toStdString(), "History"), 0);
 }
@@ -121,7 +120,7 @@ protected:
     void SetUp() override
     {
         ReadingLoggerTest::SetUp();
-        ASSERT_TRUE(logger.logReading(*sourceAt(0, QTime(8, 0))));
+        ASSERT_TRUE(log(*sourceAt(0, QTime(8, 0))));
     }
     void expectOneFailure(const std::string& describing)
     {
@@ -134,15 +133,15 @@ protected:
 
 TEST_F(ReadingLoggerFaults, MissingOrForeignFile)
 {
-    settings.setDatabase(folder.file("missing.mdb"));
-    EXPECT_FALSE(logger.logReading(*sourceAt(0, QTime(10, 0))));
+    database = folder.file("missing.mdb");
+    EXPECT_FALSE(log(*sourceAt(0, QTime(10, 0))));
     expectOneFailure("No such file");
 
     RecordingErrors second;
     Environment other{second, boxes, clock};
-    ReadingLogger otherLogger(settings, other);
-    settings.setDatabase(folder.write("notes.mdb", "Station notes, not a database\r\n"));
-    EXPECT_FALSE(otherLogger.logReading(*sourceAt(0, QTime(10, 0))));
+    ReadingLogger otherLogger(other);
+    database = folder.write("notes.mdb", "Station notes, not a database\r\n");
+    EXPECT_FALSE(logWith(otherLogger, *sourceAt(0, QTime(10, 0))));
     ASSERT_EQ(second.messages().size(), 1);
     EXPECT_TRUE(second.messages().front().contains("too short to be a database"));
 }
@@ -153,18 +152,18 @@ TEST_F(ReadingLoggerFaults, FileLockedByAnotherWriter)
     ASSERT_TRUE(holder) << holder.error().message;
     Environment impatient{errors, boxes, clock};
     impatient.lockWait = std::chrono::milliseconds(50);
-    ReadingLogger impatientLogger(settings, impatient);
-    EXPECT_FALSE(impatientLogger.logReading(*sourceAt(0, QTime(10, 0))));
+    ReadingLogger impatientLogger(impatient);
+    EXPECT_FALSE(logWith(impatientLogger, *sourceAt(0, QTime(10, 0))));
     expectOneFailure("in use by another Nimbrel process");
     holder->reset();
-    EXPECT_TRUE(logger.logReading(*sourceAt(0, QTime(10, 0)))) << "the next cycle succeeds";
+    EXPECT_TRUE(log(*sourceAt(0, QTime(10, 0)))) << "the next cycle succeeds";
     EXPECT_EQ(MdbTools::count(path.toStdString(), "History"), 2);
 }
 
 TEST_F(ReadingLoggerFaults, OpenInAccess)
 {
     folder.write(QString::fromStdString(mdb::Database::accessLockPath(path.toStdString())).section('/', -1), "");
-    EXPECT_FALSE(logger.logReading(*sourceAt(0, QTime(10, 0))));
+    EXPECT_FALSE(log(*sourceAt(0, QTime(10, 0))));
     expectOneFailure("is open in Access");
     EXPECT_EQ(MdbTools::count(path.toStdString(), "History"), 1);
 }
@@ -177,9 +176,9 @@ TEST_F(ReadingLoggerFaults, ReadOnlyFile)
     files.setContent("/data/weather.mdb", std::vector<uint8_t>(bytes.begin(), bytes.end()));
     files.setReadOnly("/data/weather.mdb");
     Environment inMemory{errors, boxes, clock, Environment::noBusyIndicator(), files};
-    ReadingLogger memoryLogger(settings, inMemory);
-    settings.setDatabase("/data/weather.mdb");
-    EXPECT_FALSE(memoryLogger.logReading(*sourceAt(0, QTime(10, 0))));
+    ReadingLogger memoryLogger(inMemory);
+    database = "/data/weather.mdb";
+    EXPECT_FALSE(logWith(memoryLogger, *sourceAt(0, QTime(10, 0))));
     expectOneFailure("Permission denied");
     EXPECT_EQ(files.content("/data/weather.mdb"), std::vector<uint8_t>(bytes.begin(), bytes.end()));
 }
@@ -193,16 +192,16 @@ TEST_F(ReadingLoggerFaults, TableOrColumnMissing)
                                               {"Pressure", mdb::ColumnType::Double}},
                                   {});
     }));
-    settings.setDatabase(other);
-    EXPECT_FALSE(logger.logReading(*sourceAt(0, QTime(10, 0))));
+    database = other;
+    EXPECT_FALSE(log(*sourceAt(0, QTime(10, 0))));
     expectOneFailure("table History has no column InTemperature");
 
     const QString noHistory = folder.file("empty.mdb");
     ASSERT_TRUE(mdb::createDatabase(noHistory.toStdString(), [](mdb::DatabaseWriter&) {
         return mdb::Status::success();
     }));
-    settings.setDatabase(noHistory);
-    EXPECT_FALSE(logger.logReading(*sourceAt(0, QTime(10, 0))));
+    database = noHistory;
+    EXPECT_FALSE(log(*sourceAt(0, QTime(10, 0))));
     ASSERT_EQ(errors.messages().size(), 2);
     EXPECT_TRUE(errors.messages().back().contains("has no table History"));
 }

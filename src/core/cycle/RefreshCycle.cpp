@@ -4,7 +4,7 @@
 
 RefreshCycle::RefreshCycle(const SettingsModel& settings, const Environment& environment, CycleView& view,
                            CycleGraph& graph)
-    : settings_(settings), view_(view), graph_(graph), logger_(settings, environment), exporter_(settings, environment)
+    : settings_(settings), view_(view), graph_(graph), logger_(environment), exporter_(settings, environment)
 {
 }
 
@@ -83,7 +83,7 @@ void RefreshCycle::logAllSources()
         // cycle repeated in the same slot finds its row already logged.
         if (source->sourceType() == 0)
             source->reading().setReadDate(nextDue_);
-        logger_.logReading(*source);
+        logger_.logReading(settings_.primaryDatabase(), source->sourceID(), source->reading());
         if (exporting)
             exporter_.exportRSS(*source);
         source->setLogCounter(source->logMultiple());

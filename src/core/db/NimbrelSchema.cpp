@@ -51,22 +51,6 @@ const std::vector<TableSchema>& schema()
     return tables;
 }
 
-// Whether some index of the table starts with exactly these columns.
-bool hasIndexOver(const mdb::TableDefinition& table, const std::vector<std::string>& columns)
-{
-    for (const mdb::RealIndex& real : table.realIndexes) {
-        if (real.columns.size() != columns.size())
-            continue;
-        bool same = true;
-        for (std::size_t i = 0; i < columns.size() && same; ++i) {
-            const mdb::Column* column = table.columnByNumber(real.columns[i].columnNumber);
-            same = column && column->name == columns[i];
-        }
-        if (same)
-            return true;
-    }
-    return false;
-}
 
 }  // namespace
 
@@ -95,32 +79,16 @@ mdb::Status createDatabase(const std::string& path)
     return mdb::createDatabase(path, createTables);
 }
 
-mdb::Status completeDatabase(mdb::DatabaseWriter& writer, mdb::Database& database)
+QStringList columnNames(const std::string& table)
 {
-    for (const TableSchema& table : schema()) {
-        if (!database.findTable(table.name)) {
-            if (mdb::Status made = writer.createTable(table.name, table.columns, table.indexes); !made)
-                return made;
+    QStringList names;
+    for (const TableSchema& candidate : schema()) {
+        if (candidate.name != table)
             continue;
-        }
-        auto definition = writer.definition(table.name);
-        if (!definition)
-            return definition.error();
-        for (const IndexSpec& index : table.indexes) {
-            if (hasIndexOver(**definition, index.columns))
-                continue;
-            IndexSpec named = index;
-            if ((*definition)->index(named.name))
-                named.name = "Nimbrel" + named.name;
-            if (mdb::Status added = writer.createIndex(table.name, named); !added)
-                return added;
-            auto refreshed = writer.definition(table.name);
-            if (!refreshed)
-                return refreshed.error();
-            definition = refreshed;
-        }
+        for (const ColumnSpec& column : candidate.columns)
+            names << QString::fromStdString(column.name);
     }
-    return mdb::Status::success();
+    return names;
 }
 
 }  // namespace NimbrelSchema

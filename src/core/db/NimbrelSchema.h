@@ -2,6 +2,7 @@
 
 #include "mdb/DatabaseWriter.h"
 
+#include <QStringList>
 #include <string>
 
 // The tables of a Nimbrel database and the indexes that keep its queries
@@ -18,9 +19,8 @@ mdb::Status createTables(mdb::DatabaseWriter& writer);
 // Makes a new database file holding the five tables; refuses an existing file.
 mdb::Status createDatabase(const std::string& path);
 
-// Adds to an existing database whatever of the five tables it lacks, and
-// the indexes its tables lack (a database a user made in Access). Tables
-// are matched by name; a table's missing index is added over the same columns.
-mdb::Status completeDatabase(mdb::DatabaseWriter& writer, mdb::Database& database);
+// The columns of one of the five tables, in the order they are made: the
+// one list that the code reading and writing a table takes its columns from.
+QStringList columnNames(const std::string& table);
 
 }  // namespace NimbrelSchema

@@ -1,9 +1,9 @@
 #include "core/db/ReadingLogger.h"
 
 #include "core/db/DatabaseSession.h"
+#include "core/db/NimbrelSchema.h"
 #include "core/errors/ErrorReporter.h"
-#include "core/settings/SettingsModel.h"
-#include "core/sources/WeatherSource.h"
+#include "core/readings/WeatherReading.h"
 #include "core/text/DateText.h"
 #include "core/text/NumberText.h"
 
@@ -53,28 +53,12 @@ std::vector<ColumnValue> ReadingLogger::historyRow(const WeatherReading& reading
     };
 }
 
-namespace {
-
-const QStringList kHistoryColumns = {"Pressure",   "InTemperature", "InHumidity", "OutTemperature", "OutHumidity",
-                                     "Dewpoint",   "Windchill",     "WindSpeed",  "WindDir",        "RainTotal",
-                                     "TimeText",   "DateText",      "DateRead",   "Rain1Hr",        "Rain24Hr",
-                                     "BarTrend",   "Stability",     "Storm",      "SourceID"};
-
-}  // namespace
-
-// Duplicate test:
-//   SELECT 1 FROM HISTORY WHERE SourceID = <S> AND DateRead = #<D as mm/dd/yyyy HH:nn>#
-// and, when it finds no row:
-//   INSERT INTO History (Pressure, InTemperature, InHumidity, OutTemperature, OutHumidity,
-//     dewpoint, Windchill, windSpeed, WindDir, rainTotal, TimeText, DateText,
-//     DateRead, Rain1Hr, Rain24Hr, BarTrend, stabilityText, Storm, SourceID)
-//   VALUES (<numbers as general text>, <wind speed as #0.0>, '<wind direction>', ...,
-//     '<D as HH:nn>', '<D as dd.mm.yyyy>', #<D as mm/dd/yyyy HH:nn>#, ..., <S>)
-// The values go in typed, so a quote in the wind direction is stored as it is.
-bool ReadingLogger::logReading(const WeatherSource& source)
+// Looks for the source's row of the same minute through the History index
+// and, when there is none, inserts the reading's row with typed values (a
+// quote in the wind direction is stored as it is).
+bool ReadingLogger::logReading(const QString& databasePath, qint32 sourceID, const WeatherReading& reading)
 {
-    const QString path = settings_.primaryDatabase();
-    if (path.isEmpty())
+    if (databasePath.isEmpty())
         return false;
     BusyScope busy(environment_.busy);
     auto fail = [this](const mdb::Error& error) {
@@ -82,22 +66,22 @@ bool ReadingLogger::logReading(const WeatherSource& source)
         return false;
     };
 
-    auto session = DatabaseSession::open(path, DatabaseSession::Access::Write, environment_);
+    auto session = DatabaseSession::open(databasePath, DatabaseSession::Access::Write, environment_);
     if (!session)
         return fail(session.error());
-    auto history = (*session)->table("History", kHistoryColumns);
+    static const QStringList columns = NimbrelSchema::columnNames("History");
+    auto history = (*session)->table("History", columns);
     if (!history)
         return fail(history.error());
 
-    const QDateTime minute = minuteOf(source.reading().readDate());
-    const qint32 sourceID = source.sourceID();
+    const QDateTime minute = minuteOf(reading.readDate());
     auto existing = (*session)->rowsWhere(*history, {{"SourceID", sourceID}, {"DateRead", minute}});
     if (!existing)
         return fail(existing.error());
     if (!existing->empty())
         return false;
 
-    if (auto inserted = (*session)->insert(*history, historyRow(source.reading(), sourceID)); !inserted)
+    if (auto inserted = (*session)->insert(*history, historyRow(reading, sourceID)); !inserted)
         return fail(inserted.error());
     if (mdb::Status committed = (*session)->commit(); !committed)
         return fail(committed.error());

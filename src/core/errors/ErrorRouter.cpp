@@ -3,13 +3,12 @@
 #include "core/errors/ErrorLogFile.h"
 #include "core/errors/MailSender.h"
 #include "core/errors/MessageBoxes.h"
-#include "core/settings/SettingsModel.h"
 #include "core/text/Clock.h"
 
 #include <QLocale>
 
-ErrorRouter::ErrorRouter(const SettingsModel& settings, MessageBoxes& boxes, MailSender& mail, const Clock& clock)
-    : settings_(settings), boxes_(boxes), mail_(mail), clock_(clock)
+ErrorRouter::ErrorRouter(const ErrorRoutingSource& routing, MessageBoxes& boxes, MailSender& mail, const Clock& clock)
+    : routing_(routing), boxes_(boxes), mail_(mail), clock_(clock)
 {
 }
 
@@ -22,34 +21,34 @@ QString ErrorRouter::generalNow() const
 
 void ErrorRouter::report(const QString& message)
 {
-    const Preferences settings = settings_.snapshot();
-    if (!settings.unattended) {
+    const ErrorRouting routing = routing_.errorRouting();
+    if (!routing.unattended) {
         boxes_.show(QStringLiteral("Nimbrel Error"), message, MessageBoxes::Icon::Critical);
         return;
     }
-    if (settings.errorLog.isEmpty())
+    if (routing.logFile.isEmpty())
         return;
 
     {
         QMutexLocker lock(&logMutex_);
-        ErrorLogFile::append(settings.errorLog, clock_.now(), message);
+        ErrorLogFile::append(routing.logFile, clock_.now(), message);
     }
-    if (settings.errorMail)
+    if (routing.mail)
         sendErrorMail(QStringLiteral("Nimbrel Error ") + generalNow(), message);
 }
 
 bool ErrorRouter::sendErrorMail(const QString& subject, const QString& message)
 {
-    const Preferences settings = settings_.snapshot();
-    if (settings.errorSmtp.isEmpty() || settings.errorFrom.isEmpty() || settings.errorTo.isEmpty())
+    const ErrorRouting routing = routing_.errorRouting();
+    if (routing.mailServer.isEmpty() || routing.mailFrom.isEmpty() || routing.mailTo.isEmpty())
         return false;
 
     MailMessage mail;
-    mail.server = settings.errorSmtp;
-    mail.from = settings.errorFrom;
-    mail.recipients = settings.errorTo;
-    mail.userName = settings.errorUser;
-    mail.password = settings.errorPassword;
+    mail.server = routing.mailServer;
+    mail.from = routing.mailFrom;
+    mail.recipients = routing.mailTo;
+    mail.userName = routing.mailUser;
+    mail.password = routing.mailPassword;
     mail.subject = subject;
     mail.body = message;
 

@@ -1,25 +1,25 @@
 #pragma once
 
 #include "core/errors/ErrorReporter.h"
+#include "core/errors/ErrorRouting.h"
 
 #include <QMutex>
 
 class Clock;
 class MailSender;
 class MessageBoxes;
-class SettingsModel;
 
-// The program's error routine. It reads its settings from the live
-// preferences at the moment of each call, so unsaved edits apply at once.
+// The program's error routine. It asks its routing (the live preferences) at
+// the moment of each call, so unsaved edits apply at once.
 //
-// Attended (unattended off), a message is shown in a "Nimbrel Error" box.
-// unattended, it is appended to the error log as a dated line and, when
-// errorMail is exactly 1, also mailed. A step that fails is skipped and the
+// Attended, a message is shown in a "Nimbrel Error" box. Unattended, it is
+// appended to the error log as a dated line and, when mailing is on, also
+// mailed. A step that fails is skipped and the
 // next one still runs: a log file that cannot be written still lets the mail
 // go out, and nothing is reported about the lost line.
 class ErrorRouter final : public ErrorReporter {
 public:
-    ErrorRouter(const SettingsModel& settings, MessageBoxes& boxes, MailSender& mail, const Clock& clock);
+    ErrorRouter(const ErrorRoutingSource& routing, MessageBoxes& boxes, MailSender& mail, const Clock& clock);
 
     void report(const QString& message) override;
 
@@ -38,7 +38,7 @@ public:
     QString generalNow() const;
 
 private:
-    const SettingsModel& settings_;
+    const ErrorRoutingSource& routing_;
     MessageBoxes& boxes_;
     MailSender& mail_;
     const Clock& clock_;

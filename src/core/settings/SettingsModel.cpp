@@ -193,6 +193,13 @@ Preferences SettingsModel::snapshot() const
     return values_;
 }
 
+ErrorRouting SettingsModel::errorRouting() const
+{
+    const Preferences values = snapshot();
+    return {values.unattended, values.errorLog,  values.errorMail,  values.errorSmtp,
+            values.errorFrom,  values.errorTo,   values.errorUser,  values.errorPassword};
+}
+
 void SettingsModel::replace(const Preferences& values)
 {
     {

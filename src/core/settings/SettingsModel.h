@@ -1,5 +1,6 @@
 #pragma once
 
+#include "core/errors/ErrorRouting.h"
 #include "core/settings/Preferences.h"
 
 #include <QMutex>
@@ -15,7 +16,7 @@ class QSettings;
 //
 // Reads and writes are safe from any thread; changed() is emitted on the
 // thread that made the change.
-class SettingsModel : public QObject {
+class SettingsModel : public QObject, public ErrorRoutingSource {
     Q_OBJECT
 
 public:
@@ -40,6 +41,8 @@ public:
     QString primaryDatabase() const { return database(); }
 
     Preferences snapshot() const;
+    // The error routine's part of the preferences.
+    ErrorRouting errorRouting() const override;
     void replace(const Preferences& values);
 
     QString axisMinimum(int group) const;
