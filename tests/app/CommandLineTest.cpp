@@ -29,8 +29,9 @@ ProgramRun nimbrel(const QStringList& arguments)
 
 }  // namespace
 
-TEST(CommandLine, ReadPrintsEveryValueOfTheReading)
+TEST(CommandLineFromFixtures, ReadPrintsEveryValueOfTheReading)
 {
+    SKIP_WITHOUT_FIXTURES();
     const ProgramRun run = nimbrel({"read", fixturePath("currdat-hwpro-ws2800.lst")});
     EXPECT_EQ(run.exitCode, 0);
     EXPECT_EQ(run.err, "");
@@ -86,8 +87,9 @@ TEST(CommandLine, ReadFeedAndHelp)
     EXPECT_TRUE(unknownBench.err.contains("nimbrel bench db")) << unknownBench.err.toStdString();
 }
 
-TEST(CommandLine, MdbDumpListsTablesAndPrintsRows)
+TEST(CommandLineFromFixtures, MdbDumpListsTablesAndPrintsRows)
 {
+    SKIP_WITHOUT_FIXTURES();
     const QString database = fixturePath("mdb/testV2000.mdb");
     const ProgramRun list = nimbrel({"mdb-dump", database});
     EXPECT_EQ(list.exitCode, 0);

@@ -112,8 +112,11 @@ TEST_F(CurrentDataReader, NumbersLongerThanTheirColumnsAreReadWhole)
     EXPECT_EQ(reading.barometer(), 1013.25);
 }
 
-TEST_F(CurrentDataReader, ReadsTheCompactLayoutOfTheProfessionalEdition)
+using CurrentDataReaderFromFixtures = CurrentDataReader;
+
+TEST_F(CurrentDataReaderFromFixtures, ReadsTheCompactLayoutOfTheProfessionalEdition)
 {
+    SKIP_WITHOUT_FIXTURES();
     ASSERT_TRUE(reading.readSourceFile(fixturePath("currdat-hwpro-ws2800.lst"), 0, errors, kNow));
     EXPECT_TRUE(errors.empty());
     EXPECT_EQ(reading.temperatureIn(), 28.5);

@@ -154,7 +154,14 @@ TEST_F(SourceRecords, ReadingIsNeverEmpty)
     EXPECT_EQ(&source.reading(), shared.get());
     source.setReading(nullptr);
     EXPECT_EQ(source.reading().barometer(), 0) << "a new reading replaces a missing one";
+}
 
+using SourceRecordsFromFixtures = SourceRecords;
+
+TEST_F(SourceRecordsFromFixtures, RefreshReadsTheStationFileIntoTheReading)
+{
+    SKIP_WITHOUT_FIXTURES();
+    WeatherSource source(environment);
     source.setSourceFileName(fixturePath("currdat-hwpro-ws2800.lst"));
     EXPECT_TRUE(source.refresh());
     EXPECT_EQ(source.reading().temperatureOut(), 21.5);

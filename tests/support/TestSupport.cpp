@@ -9,6 +9,11 @@ QString fixturePath(const QString& name)
     return QDir(QStringLiteral(NIMBREL_FIXTURES_DIR)).filePath(name);
 }
 
+bool haveFixtureFolder()
+{
+    return QDir(QStringLiteral(NIMBREL_FIXTURES_DIR)).exists();
+}
+
 TempFolder::TempFolder()
 {
     if (!dir_.isValid())

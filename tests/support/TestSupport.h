@@ -14,6 +14,19 @@
 
 // A real station file from the shared fixture folder.
 QString fixturePath(const QString& name);
+// Whether the shared fixture folder is here; a plain clone has none.
+bool haveFixtureFolder();
+
+// Skips a test that needs the shared fixture folder, with one line saying
+// so. Such tests have "FromFixtures" in their suite's name, which gives them
+// the CTest label "fixtures".
+#ifndef SKIP_WITHOUT_FIXTURES
+#define SKIP_WITHOUT_FIXTURES()                                                                        \
+    do {                                                                                               \
+        if (!haveFixtureFolder())                                                                      \
+            GTEST_SKIP() << "needs the shared fixture folder " NIMBREL_FIXTURES_DIR ", absent here";   \
+    } while (0)
+#endif
 
 // A fresh folder removed after the test.
 class TempFolder {
