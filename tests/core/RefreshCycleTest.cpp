@@ -5,6 +5,7 @@
 #include "core/settings/SettingsModel.h"
 
 #include <QFile>
+#include <QTimeZone>
 
 namespace {
 
@@ -120,6 +121,36 @@ TEST(RefreshCycleDue, NextDueIsCutToItsTenMinuteMark)
     EXPECT_EQ(due(QTime(10, 39, 59), 10), QDateTime(day, QTime(10, 40))) << "seconds are dropped";
     EXPECT_EQ(due(QTime(10, 27), 60), QDateTime(day, QTime(11, 20)));
     EXPECT_EQ(due(QTime(23, 55), 10), QDateTime(day.addDays(1), QTime(0, 0)));
+}
+
+// The clocks go forward (29 March 2026, 02:00 CET becomes 03:00 CEST) and
+// back (25 October 2026, 03:00 CEST becomes 02:00 CET) in the tests' time
+// zone, Europe/Berlin. Two hours on the timeline hold as many cycles as any
+// two hours, and every due time lies ahead of the moment it was set.
+TEST(RefreshCycleDue, SummerTimeChangesKeepTheCyclesOnTheTimeline)
+{
+    ASSERT_EQ(QTimeZone::systemTimeZoneId(), "Europe/Berlin");
+    for (const QDateTime& start : {QDateTime(QDate(2026, 3, 29), QTime(1, 0)),   // before the spring change
+                                   QDateTime(QDate(2026, 10, 25), QTime(1, 0)),  // before the autumn change
+                                   QDateTime(QDate(2026, 7, 1), QTime(1, 0))}) {  // an ordinary night
+        SCOPED_TRACE(start.toString(Qt::ISODate).toStdString());
+        QDateTime due = RefreshCycle::nextDueAfter(start, 10);
+        int cycles = 0;
+        for (QDateTime now = start; now.secsTo(start.addSecs(7200)) > 0; now = now.addSecs(5)) {
+            if (due.secsTo(now) >= 0) {
+                ++cycles;
+                due = RefreshCycle::nextDueAfter(now, 10);
+                ASSERT_GT(now.secsTo(due), 0) << "due " << due.toString(Qt::ISODateWithMs).toStdString();
+            }
+        }
+        EXPECT_EQ(cycles, 11);
+    }
+    // At 02:50 summer time in the repeated hour, the next mark is 02:00 winter time.
+    const QDateTime summer = QDateTime(QDate(2026, 10, 25), QTime(0, 50), Qt::UTC).toLocalTime();
+    ASSERT_EQ(summer.time(), QTime(2, 50));
+    const QDateTime next = RefreshCycle::nextDueAfter(summer, 10);
+    EXPECT_EQ(next.time(), QTime(2, 0));
+    EXPECT_EQ(summer.secsTo(next), 600);
 }
 
 TEST_F(RefreshCycleTest, WithEveryFlagOffTicksOnlyCount)

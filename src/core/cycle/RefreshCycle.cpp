@@ -10,9 +10,13 @@ RefreshCycle::RefreshCycle(const SettingsModel& settings, const Environment& env
 
 QDateTime RefreshCycle::nextDueAfter(const QDateTime& now, int minutes)
 {
+    // Worked out on the timeline, never from a wall-clock time: in the hour
+    // that repeats when the clocks go back, 02:00 is named twice, and the
+    // mark must be the one after `now`. Clock changes shift whole hours, so
+    // the minutes past the mark are the same either way.
     const QDateTime due = now.addSecs(60LL * minutes);
     const QTime time = due.time();
-    return QDateTime(due.date(), QTime(time.hour(), time.minute() - time.minute() % 10));
+    return due.addMSecs(-(qint64(time.minute() % 10) * 60000 + time.second() * 1000 + time.msec()));
 }
 
 void RefreshCycle::start(std::vector<std::shared_ptr<WeatherSource>> sources, const QDateTime& now)

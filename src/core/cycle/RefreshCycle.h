@@ -84,7 +84,8 @@ public:
     const std::vector<std::shared_ptr<WeatherSource>>& sources() const { return sources_; }
 
     // Now plus the cycle length, cut down to its ten-minute mark (seconds
-    // dropped): 10:27 with 10 minutes gives 10:30, 10:31 gives 10:40.
+    // dropped): 10:27 with 10 minutes gives 10:30, 10:31 gives 10:40. Always
+    // later than `now` on the timeline, across the changes of summer time.
     static QDateTime nextDueAfter(const QDateTime& now, int minutes);
 
 private:
