@@ -28,6 +28,7 @@ const char* const kUsage =
     "\n"
     "Commands:\n"
     "  --help               show this text\n"
+    "  --version            show Nimbrel's version\n"
     "  read FILE [--feed]   read a station current-data file (currdat.lst), or with\n"
     "                       --feed a saved weather feed page, and print the reading:\n"
     "                       \"Result: true|false\", then one \"Name: value\" line per value.\n"
@@ -51,19 +52,24 @@ const char* const kUsage =
     "  --verify             (with any other command or the window) check the database\n"
     "                       after every change Nimbrel writes.\n";
 
-// Error-log lines, dated as in the log file, on standard error.
+// Error-log lines, dated as in the log file, on standard error (with the
+// terminal's line ends).
 class StandardErrorReporter final : public ErrorReporter {
 public:
     void report(const QString& message) override
     {
-        QTextStream(stderr) << ErrorLogFile::entry(QDateTime::currentDateTime(), message);
+        QString line = ErrorLogFile::entry(QDateTime::currentDateTime(), message);
+        QTextStream(stderr) << line.replace(QStringLiteral("\r\n"), QStringLiteral("\n"));
     }
 };
 
+// "Result: true" and every value of the reading, or "Result: false" alone.
 void printReading(QTextStream& out, bool result, const WeatherReading& w)
 {
     const auto number = [](double value) { return NumberText::generalNumber(value); };
     out << "Result: " << (result ? "true" : "false") << '\n';
+    if (!result)
+        return;
     out << "ReadDate: " << w.readDate().toString(QStringLiteral("yyyy-MM-dd HH:mm:ss")) << '\n';
     out << "Stability: " << w.stabilityText() << '\n';
     out << "StabilityData: " << w.stabilityCode() << '\n';
@@ -310,13 +316,25 @@ bool isCommand(const QStringList& arguments)
     if (arguments.size() < 2)
         return false;
     const QString& command = arguments.at(1);
-    static const QStringList commands{"--help", "-h", "read", "mdb-dump", "create-db", "verify-db", "bench", "simulate"};
+    static const QStringList commands{"--help",    "-h",        "--version", "read", "mdb-dump",
+                                      "create-db", "verify-db", "bench",     "simulate"};
     return commands.contains(command);
+}
+
+int refuse(const QStringList& arguments)
+{
+    QTextStream(stderr) << "nimbrel: unknown command or option \"" << arguments.mid(1).join(u' ') << "\"\n\n"
+                        << kUsage;
+    return 2;
 }
 
 int run(const QStringList& arguments)
 {
     const QString command = arguments.value(1);
+    if (command == u"--version") {
+        QTextStream(stdout) << "Nimbrel " << NIMBREL_VERSION << '\n';
+        return 0;
+    }
     if (command == u"read")
         return runRead(arguments.mid(2));
     if (command == u"mdb-dump")

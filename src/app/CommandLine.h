@@ -2,10 +2,8 @@
 
 #include <QStringList>
 
-// The program's command-line commands, which run without a window:
-//   nimbrel --help              what the program can do
-//   nimbrel read FILE [--feed]  read a data file and print the reading
-//   nimbrel mdb-dump FILE [TABLE]  show an Access database's tables or rows
+// The program's command-line commands, which run without a window
+// (`nimbrel --help` lists them).
 namespace CommandLine {
 
 // True when the arguments (program name first) ask for a command rather than
@@ -15,5 +13,9 @@ bool isCommand(const QStringList& arguments);
 // Runs the command; returns the process exit code. Output goes to standard
 // output, error-log lines to standard error.
 int run(const QStringList& arguments);
+
+// For arguments that are neither a command nor the window's options: says
+// so and shows the usage on standard error; returns the exit code 2.
+int refuse(const QStringList& arguments);
 
 }  // namespace CommandLine

@@ -96,5 +96,7 @@ int main(int argc, char** argv)
         QCoreApplication app(argc, argv);
         return CommandLine::run(arguments);
     }
+    if (arguments.size() > 1)
+        return CommandLine::refuse(arguments);
     return runWindow(argc, argv, demoMode);
 }

@@ -63,8 +63,24 @@ TEST(CommandLine, ReadFailurePrintsFalseAndTheLogLineOnStandardError)
     TempFolder folder;
     const ProgramRun run = nimbrel({"read", folder.file("missing.lst")});
     EXPECT_EQ(run.exitCode, 1);
-    EXPECT_TRUE(run.out.startsWith("Result: false\n"));
+    EXPECT_EQ(run.out, "Result: false\n") << "no list of zero values after a failed read";
     EXPECT_TRUE(run.err.contains("Current Data Read Error: File not found")) << run.err.toStdString();
+    EXPECT_FALSE(run.err.contains(u'\r')) << "lines on a terminal end in LF alone";
+}
+
+// A word the program does not know never starts the window silently.
+TEST(CommandLine, UnknownWordsShowTheUsageAndExitWithTwo)
+{
+    for (const QStringList& arguments : {QStringList{"frobnicate"}, QStringList{"--hlep"}, QStringList{"--demo", "x"}}) {
+        const ProgramRun run = nimbrel(arguments);
+        EXPECT_EQ(run.exitCode, 2) << arguments.join(' ').toStdString();
+        EXPECT_EQ(run.out, "");
+        EXPECT_TRUE(run.err.contains("unknown command or option")) << run.err.toStdString();
+        EXPECT_TRUE(run.err.contains("Usage: nimbrel")) << run.err.toStdString();
+    }
+    const ProgramRun version = nimbrel({"--version"});
+    EXPECT_EQ(version.exitCode, 0);
+    EXPECT_EQ(version.out, "Nimbrel " NIMBREL_VERSION "\n");
 }
 
 TEST(CommandLine, ReadFeedAndHelp)
