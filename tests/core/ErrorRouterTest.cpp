@@ -22,6 +22,7 @@ protected:
     void mailTo(const SmtpTestServer& server, const QString& recipients = "admin@example.org")
     {
         settings.setErrorMail(true);
+        mailer = SmtpMailer(kTimeouts, server.certificateFile());
         settings.setErrorSmtp(server.address());
         settings.setErrorFrom("station@example.org");
         settings.setErrorTo(recipients);
@@ -31,7 +32,8 @@ protected:
     QString logPath;
     SettingsModel settings;
     RecordingMessageBoxes boxes;
-    SmtpMailer mailer{SmtpMailer::Timeouts{std::chrono::seconds(5), std::chrono::seconds(5)}};
+    static constexpr SmtpMailer::Timeouts kTimeouts{std::chrono::seconds(5), std::chrono::seconds(5)};
+    SmtpMailer mailer{kTimeouts};
     FixedClock clock{k5March2007};
     ErrorRouter router{settings, boxes, mailer, clock};
 };
@@ -143,7 +145,7 @@ TEST_F(ErrorRouterTest, UnwritableLogStillLetsTheMailGoOut)
 
 TEST_F(ErrorRouterTest, WrongPasswordShowsMailErrorEvenWhenUnattended)
 {
-    SmtpTestServer server("station", "secret");
+    SmtpTestServer server("station", "secret", SmtpTestServer::Encryption::StartTls);
     ASSERT_TRUE(server.started());
     mailTo(server);
     settings.setErrorUser("station");
@@ -161,7 +163,7 @@ TEST_F(ErrorRouterTest, WrongPasswordShowsMailErrorEvenWhenUnattended)
 
 TEST_F(ErrorRouterTest, TestMailWithTheRightPassword)
 {
-    SmtpTestServer server("station", "secret");
+    SmtpTestServer server("station", "secret", SmtpTestServer::Encryption::StartTls);
     ASSERT_TRUE(server.started());
     mailTo(server);
     settings.setErrorUser("station");
@@ -172,6 +174,7 @@ TEST_F(ErrorRouterTest, TestMailWithTheRightPassword)
     ASSERT_EQ(mails.size(), 1u);
     EXPECT_TRUE(mails[0].data.contains("Subject: Nimbrel Test Message " + router.generalNow()));
     EXPECT_TRUE(mails[0].data.contains("test from Nimbrel"));
+    EXPECT_TRUE(mails[0].data.contains("Date: Mon, 05 Mar 2007 14:07:09 +0100\r\n")) << "the program's clock dates the mail";
     const auto shown = boxes.boxes();
     ASSERT_EQ(shown.size(), 1u);
     EXPECT_EQ(shown[0].text, "No errors were encounted");

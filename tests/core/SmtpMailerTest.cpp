@@ -81,19 +81,38 @@ TEST(SmtpMailer, DeliversToARealServerIncludingDotLines)
     EXPECT_TRUE(mails[0].data.contains("\r\n.starts with a dot")) << mails[0].data.toStdString();
 }
 
-TEST(SmtpMailer, AuthenticatesWhenAUserIsGiven)
+TEST(SmtpMailer, AuthenticatesOverAnEncryptedConnection)
 {
-    SmtpTestServer server("station", "secret");
+    SmtpTestServer server("station", "secret", SmtpTestServer::Encryption::StartTls);
     ASSERT_TRUE(server.started());
-    SmtpMailer mailer;
+    SmtpMailer mailer(SmtpMailer::Timeouts{}, server.certificateFile());
     MailMessage mail = mailThrough(server.address());
     QString error;
     EXPECT_FALSE(mailer.send(mail, error)) << "the server requires a login";
 
     mail.userName = "station";
     mail.password = "secret";
+    mail.date = QDateTime(QDate(2026, 11, 21), QTime(12, 0), Qt::UTC);
     EXPECT_TRUE(mailer.send(mail, error)) << error.toStdString();
-    EXPECT_EQ(server.messages(1).size(), 1u);
+    const auto mails = server.messages(1);
+    ASSERT_EQ(mails.size(), 1u);
+    EXPECT_TRUE(mails[0].data.contains("Date: Sat, 21 Nov 2026 12:00:00 +0000\r\n")) << mails[0].data.toStdString();
+}
+
+// A server that offers no encryption never sees the password: the mail is
+// refused before the login.
+TEST(SmtpMailer, NeverSendsAPasswordInClear)
+{
+    SmtpTestServer server("station", "secret");
+    ASSERT_TRUE(server.started());
+    SmtpMailer mailer;
+    MailMessage mail = mailThrough(server.address());
+    mail.userName = "station";
+    mail.password = "secret";
+    QString error;
+    EXPECT_FALSE(mailer.send(mail, error));
+    EXPECT_TRUE(error.contains("never sent without one")) << error.toStdString();
+    EXPECT_TRUE(server.messages(0, 300).empty());
 }
 
 TEST(SmtpMailer, DeadOrMissingServersFailWithinTheTimeouts)

@@ -8,11 +8,33 @@
 #include <QJsonObject>
 #include <QThread>
 
-SmtpTestServer::SmtpTestServer(const QString& user, const QString& password)
+namespace {
+
+// A self-signed certificate for 127.0.0.1 and its key, made with openssl.
+bool makeCertificate(const QString& certificate, const QString& key)
+{
+    QProcess openssl;
+    openssl.start(QStringLiteral("openssl"),
+                  {"req", "-x509", "-newkey", "rsa:2048", "-nodes", "-days", "2", "-subj", "/CN=127.0.0.1",
+                   "-addext", "subjectAltName=IP:127.0.0.1", "-keyout", key, "-out", certificate});
+    return openssl.waitForFinished(30000) && openssl.exitCode() == 0;
+}
+
+}  // namespace
+
+SmtpTestServer::SmtpTestServer(const QString& user, const QString& password, Encryption encryption)
 {
     QStringList arguments{QStringLiteral(NIMBREL_SMTP_SERVER_SCRIPT), QStringLiteral("--out"), folder_.path()};
     if (!user.isEmpty())
         arguments << QStringLiteral("--user") << user << QStringLiteral("--password") << password;
+    if (encryption == Encryption::StartTls) {
+        const QString certificate = QDir(folder_.path()).filePath(QStringLiteral("server.pem"));
+        const QString key = QDir(folder_.path()).filePath(QStringLiteral("server.key"));
+        if (!makeCertificate(certificate, key))
+            return;
+        certificate_ = certificate;
+        arguments << QStringLiteral("--cert") << certificate << QStringLiteral("--key") << key;
+    }
     // The system interpreter: the SMTP package is installed for it alone.
     process_.start(QStringLiteral("/usr/bin/python3"), arguments);
     if (!process_.waitForStarted(5000))

@@ -3,13 +3,16 @@
 
 Prints the port it listens on, then saves every accepted message as
 msg-N.json (envelope sender, recipients, data) in the output folder. With
---user and --password it requires AUTH and accepts only that pair. It stops
-when its standard input closes.
+--user and --password it requires AUTH and accepts only that pair; with
+--cert and --key it offers STARTTLS with that certificate (and then accepts
+AUTH only over the encrypted connection). It stops when its standard input
+closes.
 """
 import argparse
 import json
 import os
 import socket
+import ssl
 import sys
 
 from aiosmtpd.controller import Controller
@@ -55,12 +58,18 @@ def main():
     parser.add_argument("--out", required=True)
     parser.add_argument("--user")
     parser.add_argument("--password")
+    parser.add_argument("--cert")
+    parser.add_argument("--key")
     args = parser.parse_args()
 
     options = {}
+    if args.cert:
+        context = ssl.create_default_context(ssl.Purpose.CLIENT_AUTH)
+        context.load_cert_chain(args.cert, args.key)
+        options["tls_context"] = context
     if args.user:
-        options = dict(authenticator=make_authenticator(args.user, args.password or ""),
-                       auth_required=True, auth_require_tls=False)
+        options.update(authenticator=make_authenticator(args.user, args.password or ""),
+                       auth_required=True, auth_require_tls=bool(args.cert))
     port = free_port()
     controller = Controller(SavingHandler(args.out), hostname="127.0.0.1", port=port, **options)
     controller.start()

@@ -51,6 +51,7 @@ bool ErrorRouter::sendErrorMail(const QString& subject, const QString& message)
     mail.password = routing.mailPassword;
     mail.subject = subject;
     mail.body = message;
+    mail.date = clock_.now();
 
     QString error;
     if (!mail_.send(mail, error)) {

@@ -2,7 +2,9 @@
 
 #include <QString>
 
-// One mail to send: the seven inputs of an error mail.
+#include <QDateTime>
+
+// One mail to send: the seven inputs of an error mail and its date.
 struct MailMessage {
     QString server;      // host name or address, optionally ":port" or a full smtp:// / smtps:// URL
     QString from;
@@ -11,6 +13,7 @@ struct MailMessage {
     QString password;
     QString subject;
     QString body;
+    QDateTime date;      // the Date header; the moment of sending when unset
 };
 
 // Hands mails to a mail server.

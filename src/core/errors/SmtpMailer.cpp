@@ -71,7 +71,10 @@ struct SlistDeleter {
 
 }  // namespace
 
-SmtpMailer::SmtpMailer(Timeouts timeouts) : timeouts_(timeouts) {}
+SmtpMailer::SmtpMailer(Timeouts timeouts, const QString& trustedCertificates)
+    : timeouts_(timeouts), trustedCertificates_(trustedCertificates.toLocal8Bit())
+{
+}
 
 QStringList SmtpMailer::splitRecipients(const QString& recipients)
 {
@@ -132,7 +135,7 @@ bool SmtpMailer::send(const MailMessage& mail, QString& error)
     for (const QString& address : recipients)
         rcpt.reset(curl_slist_append(rcpt.release(), envelopeAddress(address).constData()));
 
-    Upload upload{compose(mail, QDateTime::currentDateTime()), 0};
+    Upload upload{compose(mail, mail.date.isValid() ? mail.date : QDateTime::currentDateTime()), 0};
     const QByteArray url = serverUrl(mail.server).toUtf8();
     const QByteArray from = envelopeAddress(mail.from);
     const QByteArray user = mail.userName.toUtf8();
@@ -143,11 +146,15 @@ bool SmtpMailer::send(const MailMessage& mail, QString& error)
     curl_easy_setopt(handle, CURLOPT_URL, url.constData());
     curl_easy_setopt(handle, CURLOPT_MAIL_FROM, from.constData());
     curl_easy_setopt(handle, CURLOPT_MAIL_RCPT, rcpt.get());
-    curl_easy_setopt(handle, CURLOPT_USE_SSL, long(CURLUSESSL_TRY));
-    if (!mail.userName.isEmpty()) {
+    // A password goes over an encrypted connection or not at all.
+    const bool authenticating = !mail.userName.isEmpty();
+    curl_easy_setopt(handle, CURLOPT_USE_SSL, long(authenticating ? CURLUSESSL_ALL : CURLUSESSL_TRY));
+    if (authenticating) {
         curl_easy_setopt(handle, CURLOPT_USERNAME, user.constData());
         curl_easy_setopt(handle, CURLOPT_PASSWORD, password.constData());
     }
+    if (!trustedCertificates_.isEmpty())
+        curl_easy_setopt(handle, CURLOPT_CAINFO, trustedCertificates_.constData());
     curl_easy_setopt(handle, CURLOPT_READFUNCTION, readUpload);
     curl_easy_setopt(handle, CURLOPT_READDATA, &upload);
     curl_easy_setopt(handle, CURLOPT_UPLOAD, 1L);
@@ -171,5 +178,8 @@ bool SmtpMailer::send(const MailMessage& mail, QString& error)
         error += QStringLiteral(" (%1)").arg(QString::fromUtf8(errorBuffer).trimmed());
     if (responseCode != 0)
         error += QStringLiteral(", server reply %1").arg(responseCode);
+    if (result == CURLE_USE_SSL_FAILED)
+        error += QStringLiteral(". The server offers no encrypted connection, and the password is never sent "
+                                "without one");
     return false;
 }

@@ -6,10 +6,12 @@
 #include <QStringList>
 #include <chrono>
 
-// Sends mail through an SMTP server with libcurl: authentication when a user
-// name is given, STARTTLS whenever the server offers it, one message to every
-// recipient of the ";"-separated list. A dead or silent server cannot hold the
-// caller longer than the time-outs allow.
+// Sends mail through an SMTP server with libcurl: STARTTLS whenever the
+// server offers it, and with a user name given, authentication over an
+// encrypted connection only (a server that offers no encryption is refused
+// before the password is sent); one message to every recipient of the
+// ";"-separated list. A dead or silent server cannot hold the caller longer
+// than the time-outs allow.
 class SmtpMailer final : public MailSender {
 public:
     struct Timeouts {
@@ -18,7 +20,9 @@ public:
     };
 
     SmtpMailer() : SmtpMailer(Timeouts{}) {}
-    explicit SmtpMailer(Timeouts timeouts);
+    // `trustedCertificates`: a file of certificates to trust instead of the
+    // system's (a server with its own certificate, a test server).
+    explicit SmtpMailer(Timeouts timeouts, const QString& trustedCertificates = {});
 
     bool send(const MailMessage& mail, QString& error) override;
 
@@ -33,4 +37,5 @@ public:
 
 private:
     Timeouts timeouts_;
+    QByteArray trustedCertificates_;
 };
