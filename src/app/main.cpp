@@ -80,7 +80,7 @@ int runWindow(int argc, char** argv, bool demoMode)
     MainWindow window(settings, environment, *store);
     boxes.setParentWindow(&window);
     window.show();
-    window.Form_Load();
+    window.startUp();
     return app.exec();
 }
 

@@ -46,7 +46,7 @@ ConditionsPanel::ConditionsPanel(QWidget* parent) : QWidget(parent)
     auto* sourceRow = new QHBoxLayout;
     auto* sourceCaption = new QLabel(tr("Source:"), this);
     sources_ = new QComboBox(this);
-    sources_->setObjectName("cboCurrSource");
+    sources_->setObjectName("currentSourceCombo");
     sources_->setMinimumContentsLength(20);
     sourceCaption->setBuddy(sources_);
     sourceRow->addWidget(sourceCaption);
@@ -54,7 +54,7 @@ ConditionsPanel::ConditionsPanel(QWidget* parent) : QWidget(parent)
     sourceRow->addStretch();
 
     trend_ = new QLabel(this);
-    trend_->setObjectName("Img(0)");
+    trend_->setObjectName("trendPicture");
     trend_->setFixedSize(kTrendPictureSize, kTrendPictureSize);
 
     auto* tiles = new QGridLayout;
@@ -81,7 +81,10 @@ ConditionsPanel::ConditionsPanel(QWidget* parent) : QWidget(parent)
 QLabel* ConditionsPanel::value(int label, qreal size, QWidget* parent)
 {
     auto* value = new QLabel(QStringLiteral("—"), parent);
-    value->setObjectName(QString("lblCur(%1)").arg(label));
+    static const char* const kNames[CurrentConditions::kLabels] = {
+        "barometerValue",   "temperatureOutValue", "humidityOutValue", "temperatureInValue", "humidityInValue",
+        "windSpeedValue",   "windDirectionValue",  "readTimeValue",    "rain1hValue",        "rain24hValue"};
+    value->setObjectName(kNames[label]);
     value->setFont(scaledFont(font(), size, true));
     value->setTextInteractionFlags(Qt::TextSelectableByMouse);
     values_[std::size_t(label)] = value;
@@ -94,7 +97,7 @@ QWidget* ConditionsPanel::outsideCard()
 {
     QFrame* frame = card(this);
     weather_ = new QLabel(frame);
-    weather_->setObjectName("Img(1)");
+    weather_->setObjectName("weatherPicture");
     weather_->setFixedSize(kWeatherPictureSize, kWeatherPictureSize);
 
     struct Measure {

@@ -8,8 +8,9 @@ class QComboBox;
 class QLabel;
 
 // The current conditions tab: the chosen source (cboCurrSource), the ten
-// values (lblCur(0) to lblCur(9)) in tiles with their captions and units,
-// the pressure trend picture (Img(0)) and the weather picture (Img(1)).
+// values in tiles with their captions and units (labels named after their
+// value: "barometerValue", "temperatureOutValue", ...), the pressure trend
+// picture ("trendPicture") and the weather picture ("weatherPicture").
 class ConditionsPanel final : public QWidget {
     Q_OBJECT
 

@@ -57,12 +57,12 @@ QAction* addToggle(QMenu* menu, const QString& caption, const QString& name)
 MainWindow::MainWindow(SettingsModel& settings, const Environment& environment, QSettings& store, QWidget* parent)
     : QMainWindow(parent), settings_(settings), environment_(environment), store_(store)
 {
-    setObjectName("Main");
+    setObjectName("mainWindow");
     setWindowTitle(QApplication::applicationDisplayName());
     setWindowIcon(WeatherIcons::applicationIcon());
 
     auto* tabs = new QTabWidget(this);
-    tabs->setObjectName("tabMain");
+    tabs->setObjectName("mainTabs");
     tabs->addTab(buildConditionsTab(), tr("Current Conditions"));
     tabs->addTab(buildExportsTab(), tr("Exports"));
     setCentralWidget(tabs);
@@ -70,7 +70,7 @@ MainWindow::MainWindow(SettingsModel& settings, const Environment& environment, 
     buildMenus();
 
     timing_ = new QTimer(this);
-    timing_->setObjectName("Timing");
+    timing_->setObjectName("refreshTimer");
     timing_->setInterval(kTickMs);
 
     worker_ = new CycleWorker(settings_, environment_);
@@ -98,7 +98,7 @@ QWidget* MainWindow::buildConditionsTab()
     connect(panel_->sourceList(), &QComboBox::activated, this, &MainWindow::currentSourceChosen);
 
     auto* dayLog = new QPushButton(tr("Make Day Log Entry"), page);
-    dayLog->setObjectName("cmdDayLog");
+    dayLog->setObjectName("dayLogButton");
     dayLog->setEnabled(false);  // the day diary comes with its own window
     auto* buttons = new QHBoxLayout;
     buttons->addStretch();
@@ -115,10 +115,10 @@ QWidget* MainWindow::buildExportsTab()
     auto* page = new QWidget(this);
     auto* rss = new QGroupBox(tr("Test RSS Export"), page);
     testSources_ = new QComboBox(rss);
-    testSources_->setObjectName("cboTestSource");
+    testSources_->setObjectName("testSourceCombo");
     testSources_->setMinimumContentsLength(20);
     auto* exportRss = new QPushButton(tr("Export RSS Data"), rss);
-    exportRss->setObjectName("cmdTest(1)");
+    exportRss->setObjectName("exportFeedButton");
     exportRss->setToolTip(tr("Saves to export folder as set in prefs."));
     connect(exportRss, &QPushButton::clicked, this, &MainWindow::exportTestSource);
     auto* rssRow = new QHBoxLayout;
@@ -134,7 +134,7 @@ QWidget* MainWindow::buildExportsTab()
 
     auto* picture = new QGroupBox(tr("Test Picture Export"), page);
     auto* exportPicture = new QPushButton(tr("Export Picture"), picture);
-    exportPicture->setObjectName("cmdTest(0)");
+    exportPicture->setObjectName("exportPictureButton");
     exportPicture->setEnabled(false);  // pictures come with the history graph
     auto* pictureRow = new QHBoxLayout;
     pictureRow->addWidget(exportPicture);
@@ -153,38 +153,38 @@ QWidget* MainWindow::buildExportsTab()
 void MainWindow::buildMenus()
 {
     QMenu* traces = menuBar()->addMenu(tr("Traces"));
-    traces->setObjectName("mnuFile");
-    addItem(traces, tr("Add New Trace"), "mnuFile(0)", false);
-    addItem(traces, tr("Clear Traces"), "mnuFile(1)", false);
+    traces->setObjectName("tracesMenu");
+    addItem(traces, tr("Add New Trace"), "addTraceAction", false);
+    addItem(traces, tr("Clear Traces"), "clearTracesAction", false);
 
     favourites_ = menuBar()->addMenu(tr("Favourites"));
-    favourites_->setObjectName("mnuFavor");
-    addItem(favourites_, tr("add to Favourites"), "mnuFavor(0)", false);
+    favourites_->setObjectName("favouritesMenu");
+    addItem(favourites_, tr("add to Favourites"), "addFavouriteAction", false);
     favouritesSeparator_ = favourites_->addSeparator();
-    favouritesSeparator_->setObjectName("mnuFavor(1)");
+    favouritesSeparator_->setObjectName("favouritesSeparator");
     favouritesSeparator_->setVisible(false);
 
     QMenu* options = menuBar()->addMenu(tr("Options"));
-    options->setObjectName("mnuOption");
-    addToggle(options, tr("Show Legend"), "mnuOption(0)");
-    addToggle(options, tr("Show Stability Transitions"), "mnuOption(1)");
-    addToggle(options, tr("Single Day Range"), "mnuOption(2)");
-    options->addSeparator()->setObjectName("mnuOption(3)");
-    addItem(options, tr("Print Preview"), "mnuOption(4)", false);
-    addItem(options, tr("Preferences"), "mnuOption(5)", false);
-    addItem(options, tr("Remote Data D/L"), "mnuOption(6)", false);
+    options->setObjectName("optionsMenu");
+    addToggle(options, tr("Show Legend"), "showLegendAction");
+    addToggle(options, tr("Show Stability Transitions"), "showStabilityAction");
+    addToggle(options, tr("Single Day Range"), "singleDayRangeAction");
+    options->addSeparator()->setObjectName("optionsSeparator");
+    addItem(options, tr("Print Preview"), "printPreviewAction", false);
+    addItem(options, tr("Preferences"), "preferencesAction", false);
+    addItem(options, tr("Remote Data D/L"), "remoteDataAction", false);
 
     QMenu* help = menuBar()->addMenu(tr("Help"));
-    help->setObjectName("mnuHelp");
-    connect(addItem(help, tr("Notes"), "mnuHelp(0)"), &QAction::triggered, this, &MainWindow::showNotes);
-    connect(addItem(help, tr("About"), "mnuHelp(1)"), &QAction::triggered, this, &MainWindow::showAbout);
+    help->setObjectName("helpMenu");
+    connect(addItem(help, tr("Notes"), "notesAction"), &QAction::triggered, this, &MainWindow::showNotes);
+    connect(addItem(help, tr("About"), "aboutAction"), &QAction::triggered, this, &MainWindow::showAbout);
 
     QAction* exit = menuBar()->addAction(tr("Exit"));
-    exit->setObjectName("mnuExit");
+    exit->setObjectName("exitAction");
     connect(exit, &QAction::triggered, this, &QWidget::close);
 }
 
-void MainWindow::Form_Load()
+void MainWindow::startUp()
 {
     const QString database = settings_.primaryDatabase();
     loadFavouritesMenu();
@@ -251,15 +251,20 @@ void MainWindow::showReading(const WeatherReading& reading)
 void MainWindow::showTrayIcon(bool show)
 {
     if (!show) {
-        delete tray_;
+        // Later, never at once: the tray's own menu may be handling the
+        // click that closes the window.
+        if (tray_) {
+            tray_->hide();
+            tray_->deleteLater();
+        }
         tray_ = nullptr;
         return;
     }
     if (tray_)
         return;
     tray_ = new TrayIcon(this);
-    tray_->addMenuItem(tr("Show Nimbrel"), "open", true);
-    tray_->addMenuItem(tr("Pause"), "pause");
+    tray_->addMenuItem(tr("Show Nimbrel"), "open", TrayIcon::ItemKind::Default);
+    tray_->addMenuItem(tr("Pause"), "pause", TrayIcon::ItemKind::Check);
     tray_->addMenuItem("-", "");
     tray_->addMenuItem(tr("About..."), "about");
     tray_->addMenuItem("-", "");
@@ -288,8 +293,8 @@ void MainWindow::trayMenuClick(const QString& key)
         showMaximized();
         showFromTray();
     } else if (key == u"pause") {
-        const bool paused = !tray_->getMenuChecked("pause");
-        tray_->setMenuChecked("pause", paused);
+        // The check item has already changed its mark.
+        const bool paused = tray_->getMenuChecked("pause");
         if (paused)
             timing_->stop();
         else
@@ -306,8 +311,9 @@ void MainWindow::trayMenuClick(const QString& key)
 
 void MainWindow::showFromTray()
 {
-    if (!isVisible())
-        show();
+    // A minimised window is still "visible": bring it back to its normal size.
+    if (isMinimized() || !isVisible())
+        showNormal();
     raise();
     activateWindow();
 }

@@ -17,7 +17,7 @@ class SettingsModel;
 class StatusPanels;
 class TrayIcon;
 
-// The program's main window (Main). Form_Load() starts the program: it
+// The program's main window. startUp() starts the program: it
 // fills the menus and source lists, greets a first-time user, and starts
 // the refresh cycle, which runs on a worker thread while the window shows
 // its results. Closing the window ends the program, after the cycle's
@@ -31,7 +31,7 @@ public:
                QWidget* parent = nullptr);
     ~MainWindow() override;
 
-    void Form_Load();
+    void startUp();
 
     // The refresh timer (Timing): five seconds, running unless paused.
     QTimer* timer() const { return timing_; }

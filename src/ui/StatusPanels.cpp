@@ -10,7 +10,7 @@
 
 StatusPanels::StatusPanels(QStatusBar* bar) : QObject(bar), bar_(bar)
 {
-    bar->setObjectName("StatBar");
+    bar->setObjectName("statusBar");
     QFont font = bar->font();
     font.setPointSizeF(font.pointSizeF() * 0.92);
     bar->setFont(font);
@@ -47,4 +47,12 @@ void StatusPanels::display(const CurrentConditions& conditions)
         it->picture->setToolTip(image);
         it->picture->setVisible(!image.isEmpty());
     }
+    // Never narrower than the panels' texts: a value cut short would mislead,
+    // so the window keeps the width they need.
+    int width = 0;
+    for (QWidget* child : bar_->findChildren<QWidget*>(Qt::FindDirectChildrenOnly)) {
+        if (child->isVisibleTo(bar_))
+            width += child->sizeHint().width() + bar_->layout()->spacing();
+    }
+    bar_->setMinimumWidth(width + 24);  // and the size grip
 }

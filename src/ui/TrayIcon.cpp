@@ -7,7 +7,7 @@
 
 TrayIcon::TrayIcon(QObject* parent) : QObject(parent), menu_(new QMenu), icon_(new QSystemTrayIcon(this))
 {
-    menu_->setObjectName("mnuPopup");
+    menu_->setObjectName("trayMenu");
     icon_->setContextMenu(menu_);
     icon_->setIcon(WeatherIcons::trayIcon(0));
     // A left click opens nothing, a right click the menu (the platform shows
@@ -35,14 +35,20 @@ void TrayIcon::show()
         icon_->show();
 }
 
-QAction* TrayIcon::addMenuItem(const QString& caption, const QString& key, bool isDefault)
+void TrayIcon::hide()
+{
+    icon_->hide();
+}
+
+QAction* TrayIcon::addMenuItem(const QString& caption, const QString& key, ItemKind kind)
 {
     if (caption == u"-")
         return menu_->addSeparator();
     QAction* item = menu_->addAction(caption);
     item->setData(key);
-    item->setObjectName(QString("mnuSysTray(%1)").arg(menu_->actions().size() - 1));
-    if (isDefault) {
+    item->setObjectName(key + "TrayAction");
+    item->setCheckable(kind == ItemKind::Check);
+    if (kind == ItemKind::Default) {
         QFont bold = item->font();
         bold.setBold(true);
         item->setFont(bold);
@@ -69,10 +75,8 @@ bool TrayIcon::getMenuChecked(const QString& key) const
 
 void TrayIcon::setMenuChecked(const QString& key, bool checked)
 {
-    if (QAction* item = itemFor(key)) {
-        item->setCheckable(true);
+    if (QAction* item = itemFor(key))
         item->setChecked(checked);
-    }
 }
 
 void TrayIcon::setToolTip(const QString& text)

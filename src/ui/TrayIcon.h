@@ -8,8 +8,9 @@ class QMenu;
 class QSystemTrayIcon;
 
 // The program's icon in the desktop's notification area, with its own
-// popup menu (mnuPopup). Knows nothing of weather: it reports the user's
-// choices by the menu item's key, and a double click.
+// popup menu. Knows nothing of weather: it reports the user's choices by the
+// menu item's key (for a check item, after the item has changed its check
+// mark), and a double click.
 //
 // The menu exists even where the desktop has no notification area; the
 // icon is then never shown (available() is false).
@@ -22,12 +23,16 @@ public:
 
     static bool available();
     void show();
+    void hide();
 
-    // A caption "-" makes a separator. The default item is shown in bold.
-    QAction* addMenuItem(const QString& caption, const QString& key, bool isDefault = false);
+    enum class ItemKind { Plain, Default, Check };
+    // A caption "-" makes a separator. The default item is shown in bold; a
+    // check item changes its check mark when chosen. Named key + "TrayAction".
+    QAction* addMenuItem(const QString& caption, const QString& key, ItemKind kind = ItemKind::Plain);
     bool getMenuChecked(const QString& key) const;
     void setMenuChecked(const QString& key, bool checked);
     QMenu* menu() const { return menu_; }
+    QSystemTrayIcon* icon() const { return icon_; }
 
     void setToolTip(const QString& text);
     // The picture of state 0 (idle), 1 (reading) or 2 (running a cycle).

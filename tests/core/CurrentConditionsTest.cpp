@@ -41,22 +41,22 @@ TEST(CurrentConditions, PicturesFollowTrendStabilityAndStorm)
 {
     CurrentConditions shown;
     WeatherReading w = reading();
-    w.setTrendText("-1");
-    w.setStabilityText("-1");
+    w.setTrendFromCode("-1");
+    w.setStabilityFromCode("-1");
     shown.showReading(w);
     EXPECT_EQ(shown.trendImage(), "") << "\"---\" shows no picture";
     EXPECT_EQ(shown.weatherImage(), "");
 
     const std::pair<const char*, const char*> trends[] = {{"1", "up"}, {"2", "down"}, {"0", ""}};
     for (const auto& [code, picture] : trends) {
-        w.setTrendText(code);
+        w.setTrendFromCode(code);
         shown.showReading(w);
         EXPECT_EQ(shown.trendImage(), picture) << code;
         EXPECT_EQ(shown.panelImage("barometer"), picture) << code;
     }
     const std::pair<const char*, const char*> weathers[] = {{"0", "rain"}, {"1", "cloud"}, {"2", "sun"}};
     for (const auto& [code, picture] : weathers) {
-        w.setStabilityText(code);
+        w.setStabilityFromCode(code);
         shown.showReading(w);
         EXPECT_EQ(shown.weatherImage(), picture) << code;
         EXPECT_EQ(shown.panelImage("time"), picture) << code;
@@ -64,12 +64,12 @@ TEST(CurrentConditions, PicturesFollowTrendStabilityAndStorm)
     }
 
     // A storm warning keeps the weather picture and shows the storm in the rain panel.
-    w.setStormText("1");
-    w.setStabilityText("0");
+    w.setStormFromCode("1");
+    w.setStabilityFromCode("0");
     shown.showReading(w);
     EXPECT_EQ(shown.weatherImage(), "sun");
     EXPECT_EQ(shown.panelImage("rain"), "storm");
-    w.setStormText("0");
+    w.setStormFromCode("0");
     shown.showReading(w);
     EXPECT_EQ(shown.weatherImage(), "rain");
     EXPECT_EQ(shown.panelImage("rain"), "") << "the storm picture goes with the warning";

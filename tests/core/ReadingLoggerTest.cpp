@@ -28,9 +28,9 @@ protected:
         w.setRainTotal(451.3);
         w.setRain1h(0.3);
         w.setRain24h(22.2);
-        w.setTrendText("1");
-        w.setStabilityText("-1");
-        w.setStormText("0");
+        w.setTrendFromCode("1");
+        w.setStabilityFromCode("-1");
+        w.setStormFromCode("0");
         return source;
     }
 

@@ -16,25 +16,25 @@ TEST(WeatherReading, StartsEmpty)
 TEST(WeatherReading, CodesSetTextAndNumberFromTheTables)
 {
     WeatherReading w;
-    w.setStabilityText("-1");
+    w.setStabilityFromCode("-1");
     EXPECT_EQ(w.stabilityText(), "---");
-    w.setStabilityText("2");
+    w.setStabilityFromCode("2");
     EXPECT_EQ(w.stabilityText(), "Stable");
     EXPECT_EQ(w.stabilityCode(), 2);
 
-    w.setTrendText("2");
+    w.setTrendFromCode("2");
     EXPECT_EQ(w.trendText(), "Falling");
-    w.setTrendText("0");
+    w.setTrendFromCode("0");
     EXPECT_EQ(w.trendText(), "Constant");
     EXPECT_EQ(w.trendCode(), 0);
 
-    w.setStormText("1");
+    w.setStormFromCode("1");
     EXPECT_EQ(w.stormText(), "Storm Warning");
-    w.setStormText("0");
+    w.setStormFromCode("0");
     EXPECT_EQ(w.stormText(), "");
     EXPECT_EQ(w.stormCode(), 0);
-    w.setStormText("1");
-    w.setStormText("-1");
+    w.setStormFromCode("1");
+    w.setStormFromCode("-1");
     EXPECT_EQ(w.stormText(), "");  // not "---"
     EXPECT_EQ(w.stormCode(), -1);
 }
@@ -42,18 +42,18 @@ TEST(WeatherReading, CodesSetTextAndNumberFromTheTables)
 TEST(WeatherReading, UnknownCodeTakesTheNumberButKeepsTheOldText)
 {
     WeatherReading w;
-    w.setTrendText("1");
-    w.setTrendText("3");
+    w.setTrendFromCode("1");
+    w.setTrendFromCode("3");
     EXPECT_EQ(w.trendText(), "Rising");
     EXPECT_EQ(w.trendCode(), 3);
 
-    w.setStabilityText("0");
-    w.setStabilityText(" 1");  // a blank makes it another input
+    w.setStabilityFromCode("0");
+    w.setStabilityFromCode(" 1");  // a blank makes it another input
     EXPECT_EQ(w.stabilityText(), "Unstable");
     EXPECT_EQ(w.stabilityCode(), 1);
 
-    w.setStormText("1");
-    w.setStormText("x");
+    w.setStormFromCode("1");
+    w.setStormFromCode("x");
     EXPECT_EQ(w.stormText(), "Storm Warning");
     EXPECT_EQ(w.stormCode(), 0);
 }

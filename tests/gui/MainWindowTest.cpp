@@ -17,6 +17,8 @@
 #include <QLabel>
 #include <QMenu>
 #include <QPainter>
+#include <QPointer>
+#include <QSystemTrayIcon>
 #include <QPushButton>
 #include <QSettings>
 #include <QStatusBar>
@@ -57,7 +59,7 @@ class MainWindowTest : public QObject {
         run->window = std::make_unique<MainWindow>(run->settings, run->environment, *run->store);
         run->window->resize(1040, 680);
         run->window->show();
-        run->window->Form_Load();
+        run->window->startUp();
         return run;
     }
 
@@ -81,15 +83,15 @@ private slots:
     void startShowsTheFirstSourceAtOnce()
     {
         auto run = start();
-        auto* sources = find<QComboBox>(run->window.get(), "cboCurrSource");
+        auto* sources = find<QComboBox>(run->window.get(), "currentSourceCombo");
         QCOMPARE(sources->count(), 1);
         QCOMPARE(sources->currentText(), QString("Demo Station"));
-        QCOMPARE(find<QComboBox>(run->window.get(), "cboTestSource")->currentText(), QString("Demo Station"));
+        QCOMPARE(find<QComboBox>(run->window.get(), "testSourceCombo")->currentText(), QString("Demo Station"));
 
         const WeatherReading expected = StationSimulator::weatherAt(kNow);
-        auto* temperature = find<QLabel>(run->window.get(), "lblCur(1)");
+        auto* temperature = find<QLabel>(run->window.get(), "temperatureOutValue");
         QTRY_COMPARE(temperature->text(), NumberText::generalNumber(expected.temperatureOut()));
-        QCOMPARE(find<QLabel>(run->window.get(), "lblCur(7)")->text(), QString("14:23 10-Mar-2026"));
+        QCOMPARE(find<QLabel>(run->window.get(), "readTimeValue")->text(), QString("14:23 10-Mar-2026"));
         QCOMPARE(find<QLabel>(run->window.get(), "windText")->text(),
                  "Wind: " + expected.windDirection() + " @ " + NumberText::generalNumber(expected.windSpeed()) +
                      "knots ");
@@ -114,18 +116,18 @@ private slots:
 
         CurrentConditions conditions;
         WeatherReading w = StationSimulator::weatherAt(kNow);
-        w.setStabilityText("0");
-        w.setTrendText("1");
+        w.setStabilityFromCode("0");
+        w.setTrendFromCode("1");
         conditions.showReading(w);
-        w.setStormText("1");
-        w.setStabilityText("2");
+        w.setStormFromCode("1");
+        w.setStabilityFromCode("2");
         conditions.showReading(w);
         panel->display(conditions);
         status.display(conditions);
 
-        QCOMPARE(find<QLabel>(&window, "Img(0)")->toolTip(), QString("up"));
-        QCOMPARE(find<QLabel>(&window, "Img(1)")->toolTip(), QString("rain"));
-        QVERIFY(!find<QLabel>(&window, "Img(1)")->pixmap().isNull());
+        QCOMPARE(find<QLabel>(&window, "trendPicture")->toolTip(), QString("up"));
+        QCOMPARE(find<QLabel>(&window, "weatherPicture")->toolTip(), QString("rain"));
+        QVERIFY(!find<QLabel>(&window, "weatherPicture")->pixmap().isNull());
         auto* rain = find<QWidget>(&window, "rain");
         auto* rainPicture = rain->findChildren<QLabel*>().front();
         QCOMPARE(rainPicture->toolTip(), QString("storm"));
@@ -152,6 +154,31 @@ private slots:
         QVERIFY(WeatherIcons::picture("", 96).isNull());
     }
 
+    // Every status bar panel shows its whole text, however narrow the window.
+    void statusPanelsShowTheirWholeText()
+    {
+        QMainWindow window;
+        StatusPanels status(window.statusBar());
+        window.resize(600, 300);
+        window.show();
+        CurrentConditions conditions;
+        WeatherReading w = StationSimulator::weatherAt(kNow);
+        w.setHumidityOut(60);
+        w.setRainTotal(1250.5);
+        w.setBarometer(1013.25);
+        w.setWindDirection("NNW");
+        conditions.showReading(w);
+        status.display(conditions);
+        QTest::qWait(50);
+        for (const QString& key : CurrentConditions::panelKeys()) {
+            auto* text = find<QLabel>(&window, key + "Text");
+            const int shown = text->visibleRegion().boundingRect().width();
+            QVERIFY2(shown >= text->fontMetrics().horizontalAdvance(text->text()),
+                     qPrintable(key + ": " + text->text() + QString(" shown in %1 pixels").arg(shown)));
+        }
+        saveGrab(&window, "status-panels-narrow.png");
+    }
+
     void firstRunGreetsAndLeavesTheListsEmpty()
     {
         auto run = start(true);
@@ -161,9 +188,10 @@ private slots:
         QCOMPARE(box.text, "Welcome to " + QGuiApplication::applicationDisplayName() +
                                "\r\nPlease setup your preferences under the Options Menu");
         QCOMPARE(box.icon, MessageBoxes::Icon::Information);
-        QCOMPARE(find<QComboBox>(run->window.get(), "cboCurrSource")->count(), 0);
+        QCOMPARE(find<QComboBox>(run->window.get(), "currentSourceCombo")->count(), 0);
     }
 
+    // Through the menu's own actions, as a click runs them.
     void trayMenuPausesAndResumesTheCycle()
     {
         auto run = start();
@@ -177,26 +205,51 @@ private slots:
         if (!TrayIcon::available())
             QVERIFY(run->window->statusBar()->currentMessage().contains("no notification area"));
 
-        emit tray->menuClicked("pause");
-        QVERIFY(tray->getMenuChecked("pause"));
+        QAction* pause = find<QAction>(tray->menu(), "pauseTrayAction");
+        pause->trigger();
+        QVERIFY(pause->isChecked());
         QVERIFY(!run->window->timer()->isActive());
-        emit tray->menuClicked("pause");
-        QVERIFY(!tray->getMenuChecked("pause"));
+        pause->trigger();
+        QVERIFY(!pause->isChecked());
         QVERIFY(run->window->timer()->isActive());
 
         emit tray->menuClicked("unknown");
         QCOMPARE(run->boxes.boxes().back().text, QString("Clicked item with key unknown"));
     }
 
+    // Exit in the tray's menu closes the window; the menu (and the item it
+    // is running) lives until the click has been handled.
+    void trayMenuExitClosesTheWindow()
+    {
+        auto run = start();
+        QPointer<QAction> exit = find<QAction>(run->window->tray()->menu(), "closeTrayAction");
+        exit->trigger();
+        QVERIFY(!run->window->isVisible());
+        QVERIFY2(exit, "the item was deleted while its click was still being handled");
+        QTRY_VERIFY(!exit);
+        QVERIFY(!run->window->tray());
+    }
+
+    void trayDoubleClickRestoresAMinimisedWindow()
+    {
+        auto run = start();
+        run->window->showMinimized();
+        QTRY_VERIFY(run->window->isMinimized());
+        QVERIFY(run->window->isVisible());
+        emit run->window->tray()->icon()->activated(QSystemTrayIcon::DoubleClick);
+        QTRY_VERIFY(!run->window->isMinimized());
+        QVERIFY(run->window->isVisible());
+    }
+
     void menusOfLaterWindowsArePresentButDisabled()
     {
         auto run = start();
-        for (const char* name : {"mnuOption(4)", "mnuOption(5)", "mnuOption(6)", "mnuFile(0)", "mnuFile(1)"})
+        for (const char* name : {"printPreviewAction", "preferencesAction", "remoteDataAction", "addTraceAction", "clearTracesAction"})
             QVERIFY2(!find<QAction>(run->window.get(), name)->isEnabled(), name);
-        QAction* legend = find<QAction>(run->window.get(), "mnuOption(0)");
+        QAction* legend = find<QAction>(run->window.get(), "showLegendAction");
         legend->trigger();
         QVERIFY(legend->isChecked());
-        find<QAction>(run->window.get(), "mnuHelp(0)")->trigger();
+        find<QAction>(run->window.get(), "notesAction")->trigger();
         QVERIFY(run->boxes.boxes().back().text.contains("https://"));
     }
 
@@ -204,11 +257,11 @@ private slots:
     {
         auto run = start();
         QVERIFY(!QFile::exists(run->demo.feedFile()));
-        find<QPushButton>(run->window.get(), "cmdTest(1)")->click();
+        find<QPushButton>(run->window.get(), "exportFeedButton")->click();
         QTRY_VERIFY(QFile::exists(run->demo.feedFile()));
         QTRY_VERIFY(readAll(run->demo.feedFile()).contains("<title>Demo Station weather</title>"));
         QVERIFY(run->errors.empty());
-        find<QTabWidget>(run->window.get(), "tabMain")->setCurrentIndex(1);
+        find<QTabWidget>(run->window.get(), "mainTabs")->setCurrentIndex(1);
         saveGrab(run->window.get(), "exports-tab.png");
     }
 

@@ -15,25 +15,27 @@ QString readTime(const WeatherReading& w)
     return DateText::format(w.readDate(), "HH:mm dd-MMM-yyyy");
 }
 
-QString trendPicture(const QString& trend)
+// Pictures by the station's codes (the texts are for people to read).
+QString trendPicture(qint16 trendCode)
 {
-    if (trend == u"Rising")
-        return "up";
-    if (trend == u"Falling")
-        return "down";
-    return {};
+    switch (trendCode) {
+    case 1: return "up";      // rising
+    case 2: return "down";    // falling
+    default: return {};
+    }
 }
 
-QString weatherPicture(const QString& stability)
+QString weatherPicture(qint16 stabilityCode)
 {
-    if (stability == u"Unstable")
-        return "rain";
-    if (stability == u"Fluctuating")
-        return "cloud";
-    if (stability == u"Stable")
-        return "sun";
-    return {};
+    switch (stabilityCode) {
+    case 0: return "rain";    // unstable
+    case 1: return "cloud";   // fluctuating
+    case 2: return "sun";     // stable
+    default: return {};
+    }
 }
+
+constexpr qint16 kStormWarningCode = 1;
 
 }  // namespace
 
@@ -61,10 +63,10 @@ void CurrentConditions::showReading(const WeatherReading& w)
                           "  Total: " + general(w.rainTotal());
     panelTexts_["time"] = "Read @: " + readTime(w);
 
-    trendImage_ = trendPicture(w.trendText());
-    const bool storm = w.stormText() == u"Storm Warning";
+    trendImage_ = trendPicture(w.trendCode());
+    const bool storm = w.stormCode() == kStormWarningCode;
     if (!storm)
-        weatherImage_ = weatherPicture(w.stabilityText());
+        weatherImage_ = weatherPicture(w.stabilityCode());
     panelImages_["rain"] = storm ? "storm" : "";
     panelImages_["barometer"] = trendImage_;
     panelImages_["time"] = weatherImage_;

@@ -7,7 +7,9 @@
 #include <QStringList>
 #include <array>
 
-// What the current conditions panel shows: the ten value labels (lblCur),
+// What the current conditions panel shows: the ten values (barometer,
+// temperature out, humidity out, temperature in, humidity in, wind speed,
+// wind direction, read time, rain of 1 hour and of 24 hours),
 // the texts and pictures of the status bar panels, and the two pictures of
 // the panel (the pressure trend and the weather). Pictures are named by
 // their image key: "up", "down", "sun", "cloud", "rain", "storm"; an empty
@@ -25,8 +27,8 @@ public:
     QString label(int index) const { return labels_.at(std::size_t(index)); }
     QString panelText(const QString& key) const { return panelTexts_.value(key); }
     QString panelImage(const QString& key) const { return panelImages_.value(key); }
-    QString trendImage() const { return trendImage_; }      // Img(0)
-    QString weatherImage() const { return weatherImage_; }  // Img(1)
+    QString trendImage() const { return trendImage_; }
+    QString weatherImage() const { return weatherImage_; }
 
 private:
     std::array<QString, kLabels> labels_;

@@ -37,8 +37,8 @@ struct Section {
 
 const std::array<Section, 16> kSections = {{
     {u"[time]", 4, 39, 20, u"last_actualisation", readDate()},
-    {u"[weather_picture]", 2, 10, 2, u"number", text(&WeatherReading::setStabilityText)},
-    {u"[weather_tendency]", 3, 10, 2, u"number", text(&WeatherReading::setTrendText)},
+    {u"[weather_picture]", 2, 10, 2, u"number", text(&WeatherReading::setStabilityFromCode)},
+    {u"[weather_tendency]", 3, 10, 2, u"number", text(&WeatherReading::setTrendFromCode)},
     {u"[indoor_temperature]", 1, 10, 4, u"deg_C", number(&WeatherReading::setTemperatureIn)},
     {u"[outdoor_temperature]", 1, 10, 4, u"deg_C", number(&WeatherReading::setTemperatureOut)},
     {u"[indoor_humidity]", 1, 12, 4, u"percent", number(&WeatherReading::setHumidityIn)},
@@ -51,7 +51,7 @@ const std::array<Section, 16> kSections = {{
     {u"[rain_24h]", 1, 7, 4, u"mm", number(&WeatherReading::setRain24h)},
     {u"[rain_1h]", 1, 7, 4, u"mm", number(&WeatherReading::setRain1h)},
     {u"[pressure_relative]", 1, 8, 6, u"hpa", number(&WeatherReading::setBarometer)},
-    {u"[storm_alarm]", 2, 10, 2, u"number", text(&WeatherReading::setStormText)},
+    {u"[storm_alarm]", 2, 10, 2, u"number", text(&WeatherReading::setStormFromCode)},
 }};
 
 const Section* sectionFor(const QString& line)

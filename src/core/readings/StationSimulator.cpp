@@ -159,9 +159,9 @@ WeatherReading weatherAt(const QDateTime& time)
     w.setRain24h(rainOver(hours, 144));
     const QDateTime monthStart(QDate(time.date().year(), time.date().month(), 1), QTime(0, 0));
     w.setRainTotal(rainSince(hoursOf(monthStart), hours));
-    w.setTrendText(change > 0.8 ? "1" : change < -0.8 ? "2" : "0");
-    w.setStabilityText(rainLastHour > 0 ? "0" : pressure > 1016 ? "2" : "1");
-    w.setStormText(change < -3 ? "1" : "0");
+    w.setTrendFromCode(change > 0.8 ? "1" : change < -0.8 ? "2" : "0");
+    w.setStabilityFromCode(rainLastHour > 0 ? "0" : pressure > 1016 ? "2" : "1");
+    w.setStormFromCode(change < -3 ? "1" : "0");
     return w;
 }
 

@@ -48,17 +48,17 @@ void applyCode(const CodeTable& table, const QString& code, QString& text, qint1
 
 }  // namespace
 
-void WeatherReading::setStabilityText(const QString& code)
+void WeatherReading::setStabilityFromCode(const QString& code)
 {
     applyCode(kStabilityTexts, code, stability_, stabilityData_);
 }
 
-void WeatherReading::setTrendText(const QString& code)
+void WeatherReading::setTrendFromCode(const QString& code)
 {
     applyCode(kTrendTexts, code, trend_, trendData_);
 }
 
-void WeatherReading::setStormText(const QString& code)
+void WeatherReading::setStormFromCode(const QString& code)
 {
     applyCode(kStormTexts, code, stormWarning_, stormWarningData_);
 }

@@ -25,15 +25,15 @@ public:
 
     QString stabilityText() const { return stability_; }
     qint16 stabilityCode() const { return stabilityData_; }
-    void setStabilityText(const QString& code);
+    void setStabilityFromCode(const QString& code);
 
     QString trendText() const { return trend_; }
     qint16 trendCode() const { return trendData_; }
-    void setTrendText(const QString& code);
+    void setTrendFromCode(const QString& code);
 
     QString stormText() const { return stormWarning_; }
     qint16 stormCode() const { return stormWarningData_; }
-    void setStormText(const QString& code);
+    void setStormFromCode(const QString& code);
 
     double rainTotal() const { return rainTotal_; }
     void setRainTotal(double value) { rainTotal_ = value; }
