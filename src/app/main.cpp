@@ -1,4 +1,5 @@
 #include "app/CommandLine.h"
+#include "app/SingleInstance.h"
 #include "core/cycle/DemoStation.h"
 #include "ui/GuiBusyCursor.h"
 #include "ui/GuiMessageBoxes.h"
@@ -13,6 +14,7 @@
 #include <QApplication>
 #include <QMessageBox>
 #include <QSettings>
+#include <QTextStream>
 #include <QTimer>
 
 #include <memory>
@@ -61,6 +63,14 @@ int runWindow(int argc, char** argv, bool demoMode)
     const Environment environment{errors, boxes, clock, busy};
 
     const DemoStation demo(DemoStation::defaultFolder());
+    const QString settingsFile = demoMode ? demo.settingsPath() : QSettings().fileName();
+    SingleInstance instance(settingsFile);
+    if (instance.anotherIsRunning()) {
+        QTextStream(stderr) << "Nimbrel is already running with the settings in " << settingsFile
+                            << "; its window has been brought to the front.\n";
+        return 0;
+    }
+
     std::unique_ptr<QSettings> store;
     if (demoMode) {
         QString error;
@@ -78,6 +88,7 @@ int runWindow(int argc, char** argv, bool demoMode)
     settings.load(*store, QCoreApplication::applicationDirPath(), errors);
 
     MainWindow window(settings, environment, *store);
+    QObject::connect(&instance, &SingleInstance::raiseRequested, &window, &MainWindow::showFromTray);
     boxes.setParentWindow(&window);
     window.show();
     window.startUp();

@@ -38,6 +38,9 @@ public:
     TrayIcon* tray() const { return tray_; }
     const CurrentConditions& conditions() const { return conditions_; }
 
+    // Shows the window at its normal size (even when minimised) and in front.
+    void showFromTray();
+
 protected:
     void closeEvent(QCloseEvent* event) override;
 
@@ -48,7 +51,6 @@ private:
     void showTrayIcon(bool show);
     void setTrayIcon(int state);
     void trayMenuClick(const QString& key);
-    void showFromTray();
     void loadFavouritesMenu();
     void fillSourceLists();
     void currentSourceChosen();

@@ -3,6 +3,7 @@
 #include "support/TestSupport.h"
 
 #include <QFile>
+#include <QThread>
 
 #include <QProcess>
 #include <gtest/gtest.h>
@@ -185,4 +186,37 @@ TEST(CommandLine, SimulateOnceWritesAFileTheReaderAccepts)
     EXPECT_TRUE(read.err.isEmpty()) << read.err.toStdString();
 
     EXPECT_EQ(nimbrel({"simulate"}).exitCode, 2);
+}
+
+// One window per settings file: a second start of the demo says so, brings
+// the first to the front, and ends.
+TEST(Program, ASecondStartWithTheSameSettingsLeavesTheFirstAlone)
+{
+    TempFolder home;
+    QProcessEnvironment environment = QProcessEnvironment::systemEnvironment();
+    environment.insert("HOME", home.path());
+    environment.insert("XDG_DATA_HOME", home.file("data"));
+    environment.insert("XDG_CONFIG_HOME", home.file("config"));
+    environment.insert("QT_QPA_PLATFORM", "offscreen");
+    QProcess first;
+    first.setProcessEnvironment(environment);
+    first.start(QStringLiteral(NIMBREL_PROGRAM), {"--demo"});
+    ASSERT_TRUE(first.waitForStarted(5000));
+
+    // The first has taken its lock once it has set up the demo's files.
+    const QString demoSettings = home.file("data/Nimbrel/Demo/Nimbrel Demo.ini");
+    for (int waited = 0; waited < 150 && !QFile::exists(demoSettings); ++waited)
+        QThread::msleep(100);
+    ASSERT_TRUE(QFile::exists(demoSettings));
+    QProcess second;
+    second.setProcessEnvironment(environment);
+    second.start(QStringLiteral(NIMBREL_PROGRAM), {"--demo"});
+    ASSERT_TRUE(second.waitForFinished(15000)) << "the second must end on its own";
+    const QString said = QString::fromUtf8(second.readAllStandardError());
+    EXPECT_EQ(second.exitCode(), 0);
+    EXPECT_TRUE(said.contains("Nimbrel is already running with the settings in")) << said.toStdString();
+    EXPECT_EQ(first.state(), QProcess::Running) << "the first keeps running";
+    first.terminate();
+    if (!first.waitForFinished(5000))
+        first.kill();
 }
