@@ -20,7 +20,13 @@ std::string systemError(const std::string& what, const std::string& path)
 class DiskFile final : public File {
 public:
     DiskFile(int fd, std::string path) : fd_(fd), path_(std::move(path)) {}
-    ~DiskFile() override { ::close(fd_); }
+    ~DiskFile() override
+    {
+        ::close(fd_);
+        if (onClose_)
+            onClose_();
+    }
+    void setOnClose(std::function<void()> action) { onClose_ = std::move(action); }
 
     Status read(uint64_t offset, std::span<uint8_t> out) override
     {
@@ -80,6 +86,7 @@ public:
 private:
     int fd_;
     std::string path_;
+    std::function<void()> onClose_;
 };
 
 }  // namespace
@@ -110,6 +117,14 @@ int diskFileDescriptor(File& file)
 {
     auto* disk = dynamic_cast<DiskFile*>(&file);
     return disk ? disk->descriptor() : -1;
+}
+
+bool whenDiskFileCloses(File& file, std::function<void()> action)
+{
+    auto* disk = dynamic_cast<DiskFile*>(&file);
+    if (disk)
+        disk->setOnClose(std::move(action));
+    return disk != nullptr;
 }
 
 Status MemoryFile::read(uint64_t offset, std::span<uint8_t> out)

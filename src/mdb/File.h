@@ -3,6 +3,7 @@
 #include "mdb/Result.h"
 
 #include <cstdint>
+#include <functional>
 #include <memory>
 #include <span>
 #include <string>
@@ -37,6 +38,9 @@ Result<std::unique_ptr<File>> openDiskFile(const std::string& path, OpenMode mod
 
 // The descriptor of a file opened by openDiskFile, or -1 for other files.
 int diskFileDescriptor(File& file);
+// Runs `action` when a file opened by openDiskFile is closed (after its
+// descriptor, and with it its lock, is released); false for other files.
+bool whenDiskFileCloses(File& file, std::function<void()> action);
 
 // A file held in memory. Copies share nothing; content() shows the bytes.
 class MemoryFile final : public File {

@@ -8,6 +8,8 @@
 #include <sys/file.h>
 #include <sys/stat.h>
 #include <thread>
+#include <mutex>
+#include <condition_variable>
 #include <unistd.h>
 
 namespace mdb {
@@ -69,12 +71,79 @@ Status DiskFileSystem::syncFolderOf(const std::string& path)
     return Status::success();
 }
 
+namespace {
+
+// The locks this process holds, per file (device and inode): a file lock
+// (flock) belongs to one open of the file, so two opens in one process would
+// shut each other out like two processes. Every open first takes its lock
+// here, waiting like the file lock, then the file lock for other processes.
+class ProcessLocks {
+public:
+    using Key = std::pair<dev_t, ino_t>;
+
+    bool acquire(Key key, LockKind kind, std::chrono::steady_clock::time_point deadline)
+    {
+        std::unique_lock lock(mutex_);
+        return changed_.wait_until(lock, deadline, [&] {
+            State& state = states_[key];
+            if (state.writer || (kind == LockKind::Exclusive && state.readers > 0))
+                return false;
+            if (kind == LockKind::Exclusive)
+                state.writer = true;
+            else
+                ++state.readers;
+            return true;
+        });
+    }
+
+    void release(Key key, LockKind kind)
+    {
+        {
+            std::lock_guard lock(mutex_);
+            State& state = states_[key];
+            if (kind == LockKind::Exclusive)
+                state.writer = false;
+            else if (state.readers > 0)
+                --state.readers;
+            if (!state.writer && state.readers == 0)
+                states_.erase(key);
+        }
+        changed_.notify_all();
+    }
+
+private:
+    struct State {
+        int readers = 0;
+        bool writer = false;
+    };
+    std::mutex mutex_;
+    std::condition_variable changed_;
+    std::map<Key, State> states_;
+};
+
+ProcessLocks& processLocks()
+{
+    static ProcessLocks locks;
+    return locks;
+}
+
+}  // namespace
+
 Status DiskFileSystem::lock(File& file, LockKind kind, std::chrono::milliseconds wait)
 {
     const int fd = diskFileDescriptor(file);
     if (fd < 0)
         return Status::success();
+    struct stat info {};
+    if (::fstat(fd, &info) != 0)
+        return ioError("cannot lock " + file.name() + ": " + std::strerror(errno));
+    const ProcessLocks::Key key{info.st_dev, info.st_ino};
     const auto deadline = std::chrono::steady_clock::now() + wait;
+    if (!processLocks().acquire(key, kind, deadline))
+        return busy(file.name() + " is in use by another task of this Nimbrel" +
+                    (kind == LockKind::Exclusive ? "; try again when it has finished" : ""));
+    whenDiskFileCloses(file, [key, kind] { processLocks().release(key, kind); });
+
     const int operation = (kind == LockKind::Shared ? LOCK_SH : LOCK_EX) | LOCK_NB;
     for (;;) {
         if (::flock(fd, operation) == 0)
@@ -83,7 +152,7 @@ Status DiskFileSystem::lock(File& file, LockKind kind, std::chrono::milliseconds
             return ioError("cannot lock " + file.name() + ": " + std::strerror(errno));
         if (std::chrono::steady_clock::now() >= deadline)
             return busy(file.name() + " is in use by another Nimbrel process" +
-                         (kind == LockKind::Exclusive ? "; try again when it has finished writing" : ""));
+                        (kind == LockKind::Exclusive ? "; try again when it has finished writing" : ""));
         std::this_thread::sleep_for(std::chrono::milliseconds(5));
     }
 }

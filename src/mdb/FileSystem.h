@@ -13,8 +13,8 @@ namespace mdb {
 enum class LockKind { Shared, Exclusive };
 
 // Files by name: the engine opens, creates, removes and locks files through
-// this, so that tests can put the whole file system in memory and simulate
-// a crash at any write.
+// this. The program uses the computer's files (DiskFileSystem); a file system
+// in memory (MemoryFileSystem) can simulate a crash at any write.
 class FileSystem {
 public:
     virtual ~FileSystem() = default;
@@ -27,9 +27,9 @@ public:
     virtual Status renameNoReplace(const std::string& from, const std::string& to) = 0;
     // Makes the creation or removal of files next to `path` durable.
     virtual Status syncFolderOf(const std::string& path) = 0;
-    // Locks an open file against other processes, waiting up to `wait`; the
-    // lock ends when the file is closed. Fails when another process holds
-    // a conflicting lock for longer.
+    // Locks an open file against other opens, in this process and in others,
+    // waiting up to `wait`; the lock ends when the file is closed. Fails with
+    // a Busy error when another holds a conflicting lock for longer.
     virtual Status lock(File& file, LockKind kind, std::chrono::milliseconds wait) = 0;
 };
 

@@ -14,8 +14,9 @@
 
 namespace mdb {
 
-// One page of the file, shared between its readers. The bytes never change
-// while a reader holds the page.
+// One page of the file, shared between its readers. A page as read from the
+// file never changes while it is held; a page with pending changes is the
+// pending copy itself, which later changes alter in place.
 using PageBytes = std::shared_ptr<const std::vector<uint8_t>>;
 
 // The only part of the engine that reads pages from the file. Keeps the most

@@ -154,7 +154,7 @@ TEST_F(ReadingLoggerFaults, FileLockedByAnotherWriter)
     impatient.lockWait = std::chrono::milliseconds(50);
     ReadingLogger impatientLogger(impatient);
     EXPECT_FALSE(logWith(impatientLogger, *sourceAt(0, QTime(10, 0))));
-    expectOneFailure("in use by another Nimbrel process");
+    expectOneFailure("in use by another task of this Nimbrel");
     holder->reset();
     EXPECT_TRUE(log(*sourceAt(0, QTime(10, 0)))) << "the next cycle succeeds";
     EXPECT_EQ(MdbTools::count(path.toStdString(), "History"), 2);

@@ -8,6 +8,9 @@
 #include <filesystem>
 #include <fstream>
 #include <gtest/gtest.h>
+#include <sys/wait.h>
+#include <thread>
+#include <unistd.h>
 
 namespace {
 
@@ -60,10 +63,34 @@ TEST_F(WriteSafety, AccessOrAnotherWriterHoldingTheFileIsRespected)
     ASSERT_TRUE(writer) << writer.error().message;
     auto second = Database::open(disk, path, OpenMode::ReadWrite, std::chrono::milliseconds(50));
     ASSERT_FALSE(second);
-    EXPECT_NE(second.error().message.find("another Nimbrel process"), std::string::npos) << second.error().message;
+    EXPECT_EQ(second.error().kind, ErrorKind::Busy);
+    EXPECT_NE(second.error().message.find("another task of this Nimbrel"), std::string::npos)
+        << second.error().message;
     auto reader = Database::open(disk, path, OpenMode::ReadOnly, std::chrono::milliseconds(50));
     EXPECT_FALSE(reader) << "a reader waits while a writer holds the file";
-    writer->reset();
+    // A reader waiting in this process gets the file as soon as the writer closes it.
+    std::thread release([&writer] {
+        std::this_thread::sleep_for(std::chrono::milliseconds(100));
+        writer->reset();
+    });
+    auto waiting = Database::open(disk, path, OpenMode::ReadOnly, std::chrono::milliseconds(3000));
+    release.join();
+    EXPECT_TRUE(waiting) << waiting.error().message;
+    waiting->reset();
+
+    // Another process holding the file is named as such.
+    const pid_t child = ::fork();
+    if (child == 0) {
+        auto held = Database::open(disk, path, OpenMode::ReadWrite);
+        ::sleep(held ? 2 : 0);
+        ::_exit(0);
+    }
+    std::this_thread::sleep_for(std::chrono::milliseconds(300));
+    auto meanwhile = Database::open(disk, path, OpenMode::ReadWrite, std::chrono::milliseconds(50));
+    ASSERT_FALSE(meanwhile);
+    EXPECT_NE(meanwhile.error().message.find("another Nimbrel process"), std::string::npos)
+        << meanwhile.error().message;
+    ::waitpid(child, nullptr, 0);
     EXPECT_TRUE(Database::open(disk, path, OpenMode::ReadWrite, std::chrono::milliseconds(50)));
 }
 
