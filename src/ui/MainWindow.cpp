@@ -76,6 +76,10 @@ MainWindow::MainWindow(SettingsModel& settings, const Environment& environment, 
     worker_ = new CycleWorker(settings_, environment_);
     worker_->moveToThread(&workerThread_);
     connect(&workerThread_, &QThread::finished, worker_, &QObject::deleteLater);
+    database_ = new DatabaseService(environment_);
+    database_->moveToThread(&workerThread_);
+    connect(&workerThread_, &QThread::finished, database_, &QObject::deleteLater);
+    connect(database_, &DatabaseService::listsLoaded, this, &MainWindow::showLists);
     connect(worker_, &CycleWorker::readingShown, this, &MainWindow::showReading);
     connect(worker_, &CycleWorker::trayStateChanged, this, &MainWindow::setTrayIcon);
     connect(timing_, &QTimer::timeout, this, [this] { worker_->requestTick(); });
@@ -187,35 +191,44 @@ void MainWindow::buildMenus()
 void MainWindow::startUp()
 {
     const QString database = settings_.primaryDatabase();
-    loadFavouritesMenu();
-    // Queued, never waited for: loading may report an error, which needs this thread.
+    // Queued, never waited for: the database is read on the worker thread.
     QMetaObject::invokeMethod(worker_, [this, database] { worker_->start(database); }, Qt::QueuedConnection);
+    database_->requestLists(database);
     if (settings_.firstRun()) {
         environment_.boxes.show(tr("New Setup"),
                                 tr("Welcome to ") + QApplication::applicationDisplayName() + "\r\n" +
                                     tr("Please setup your preferences under the Options Menu"),
                                 MessageBoxes::Icon::Information);
-    } else {
-        fillSourceLists();
     }
     showTrayIcon(true);
     timing_->start();
 }
 
-void MainWindow::loadFavouritesMenu()
+void MainWindow::showLists(const QList<SourceLists::ListEntry>& sources,
+                           const QList<SourceLists::ListEntry>& favourites)
 {
-    const QList<SourceLists::ListEntry> favourites = SourceLists::favouriteList(settings_.primaryDatabase(), environment_);
+    if (!worker_)
+        return;  // arrived after the window closed
+    showFavouritesMenu(favourites);
+    fillSourceLists(sources);
+}
+
+void MainWindow::showFavouritesMenu(const QList<SourceLists::ListEntry>& favourites)
+{
+    for (QAction* item : favouriteItems_)
+        delete item;
+    favouriteItems_.clear();
     for (const SourceLists::ListEntry& favourite : favourites) {
         QAction* item = favourites_->addAction(favourite.name);
         item->setData(favourite.key);
         item->setEnabled(false);  // drawn once the history graph is part of the window
+        favouriteItems_ << item;
     }
     favouritesSeparator_->setVisible(!favourites.isEmpty());
 }
 
-void MainWindow::fillSourceLists()
+void MainWindow::fillSourceLists(const QList<SourceLists::ListEntry>& sources)
 {
-    const QList<SourceLists::ListEntry> sources = SourceLists::sourceList(settings_.primaryDatabase(), environment_);
     for (QComboBox* list : {panel_->sourceList(), testSources_}) {
         list->clear();
         for (const SourceLists::ListEntry& source : sources)
@@ -227,6 +240,8 @@ void MainWindow::fillSourceLists()
 
 void MainWindow::currentSourceChosen()
 {
+    if (!worker_)
+        return;
     const QVariant chosen = panel_->sourceList()->currentData();
     worker_->setPanelSource(chosen.isValid() ? std::optional<qint32>(chosen.toInt()) : std::nullopt);
     if (chosen.isValid())
@@ -235,6 +250,8 @@ void MainWindow::currentSourceChosen()
 
 void MainWindow::exportTestSource()
 {
+    if (!worker_)
+        return;
     if (settings_.rssFile().isEmpty() || testSources_->currentIndex() < 0)
         return;
     const qint32 sourceID = testSources_->currentData().toInt();
@@ -347,6 +364,9 @@ void MainWindow::stopWorker()
     // The worker may be waiting for a message box on this thread: keep it answered.
     while (!workerThread_.wait(50))
         QCoreApplication::processEvents(QEventLoop::ExcludeUserInputEvents);
+    // Deleted with the thread's end; results still on their way find them gone.
+    worker_ = nullptr;
+    database_ = nullptr;
 }
 
 void MainWindow::closeEvent(QCloseEvent* event)

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "core/cycle/CurrentConditions.h"
+#include "core/cycle/DatabaseService.h"
 #include "core/errors/Environment.h"
 
 #include <QMainWindow>
@@ -17,10 +18,10 @@ class SettingsModel;
 class StatusPanels;
 class TrayIcon;
 
-// The program's main window. startUp() starts the program: it
-// fills the menus and source lists, greets a first-time user, and starts
-// the refresh cycle, which runs on a worker thread while the window shows
-// its results. Closing the window ends the program, after the cycle's
+// The program's main window. startUp() starts the program: it greets a
+// first-time user, asks the worker thread for the menus' and lists' rows and
+// starts the refresh cycle, which runs on that thread while the window shows
+// its results. The window itself never opens the database. Closing the window ends the program, after the cycle's
 // current piece of work has finished.
 class MainWindow final : public QMainWindow {
     Q_OBJECT
@@ -51,8 +52,9 @@ private:
     void showTrayIcon(bool show);
     void setTrayIcon(int state);
     void trayMenuClick(const QString& key);
-    void loadFavouritesMenu();
-    void fillSourceLists();
+    void showLists(const QList<SourceLists::ListEntry>& sources, const QList<SourceLists::ListEntry>& favourites);
+    void showFavouritesMenu(const QList<SourceLists::ListEntry>& favourites);
+    void fillSourceLists(const QList<SourceLists::ListEntry>& sources);
     void currentSourceChosen();
     void exportTestSource();
     void showReading(const WeatherReading& reading);
@@ -73,4 +75,6 @@ private:
     QTimer* timing_ = nullptr;
     QThread workerThread_;
     CycleWorker* worker_ = nullptr;
+    DatabaseService* database_ = nullptr;
+    QList<QAction*> favouriteItems_;
 };

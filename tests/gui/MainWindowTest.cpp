@@ -8,6 +8,7 @@
 #include "core/settings/SettingsModel.h"
 #include "core/text/Clock.h"
 #include "core/text/NumberText.h"
+#include "mdb/FileSystem.h"
 #include "support/TestSupport.h"
 
 #include <QAction>
@@ -23,8 +24,34 @@
 #include <QSettings>
 #include <QStatusBar>
 #include <QTabWidget>
+#include <QThread>
 #include <QTimer>
 #include <QtTest>
+
+// The computer's files, noting every database opened on the window's thread.
+class WatchedFiles final : public mdb::FileSystem {
+public:
+    mdb::Result<std::unique_ptr<mdb::File>> open(const std::string& path, mdb::OpenMode mode) override
+    {
+        if (QThread::currentThread() == qApp->thread() && path.ends_with(".mdb"))
+            openedOnWindowThread.storeRelaxed(openedOnWindowThread.loadRelaxed() + 1);
+        return disk.open(path, mode);
+    }
+    bool exists(const std::string& path) override { return disk.exists(path); }
+    mdb::Status remove(const std::string& path) override { return disk.remove(path); }
+    mdb::Status renameNoReplace(const std::string& from, const std::string& to) override
+    {
+        return disk.renameNoReplace(from, to);
+    }
+    mdb::Status syncFolderOf(const std::string& path) override { return disk.syncFolderOf(path); }
+    mdb::Status lock(mdb::File& file, mdb::LockKind kind, std::chrono::milliseconds wait) override
+    {
+        return disk.lock(file, kind, wait);
+    }
+
+    mdb::DiskFileSystem disk;
+    QAtomicInt openedOnWindowThread;
+};
 
 // The main window on the demo station, offscreen: what it loads at start,
 // what it shows, and what its menus and buttons do.
@@ -38,7 +65,8 @@ class MainWindowTest : public QObject {
         RecordingErrors errors;
         RecordingMessageBoxes boxes;
         FixedClock clock;
-        Environment environment{errors, boxes, clock};
+        WatchedFiles files;
+        Environment environment{errors, boxes, clock, Environment::noBusyIndicator(), files};
         DemoStation demo{folder.file("Demo")};
         std::unique_ptr<QSettings> store;
         SettingsModel settings;
@@ -54,6 +82,7 @@ class MainWindowTest : public QObject {
         if (!run->demo.prepare(kNow, run->environment, error))
             qFatal("demo: %s", qPrintable(error));
         const QString settingsPath = firstRun ? run->folder.file("fresh.ini") : run->demo.settingsPath();
+        run->files.openedOnWindowThread.storeRelaxed(0);  // the demo's set-up is not the window's
         run->store = std::make_unique<QSettings>(settingsPath, QSettings::IniFormat);
         run->settings.load(*run->store, run->folder.path(), run->errors);
         run->window = std::make_unique<MainWindow>(run->settings, run->environment, *run->store);
@@ -84,7 +113,7 @@ private slots:
     {
         auto run = start();
         auto* sources = find<QComboBox>(run->window.get(), "currentSourceCombo");
-        QCOMPARE(sources->count(), 1);
+        QTRY_COMPARE(sources->count(), 1);
         QCOMPARE(sources->currentText(), QString("Demo Station"));
         QCOMPARE(find<QComboBox>(run->window.get(), "testSourceCombo")->currentText(), QString("Demo Station"));
 
@@ -99,6 +128,7 @@ private slots:
         QCOMPARE(run->window->timer()->interval(), 5000);
         QVERIFY(run->errors.empty());
         QVERIFY(run->boxes.boxes().empty());
+        QCOMPARE(run->files.openedOnWindowThread.loadRelaxed(), 0);  // all on the worker thread
         run->window->statusBar()->clearMessage();
         saveGrab(run->window.get(), "main-window.png");
     }
@@ -257,6 +287,7 @@ private slots:
     {
         auto run = start();
         QVERIFY(!QFile::exists(run->demo.feedFile()));
+        QTRY_COMPARE(find<QComboBox>(run->window.get(), "testSourceCombo")->count(), 1);
         find<QPushButton>(run->window.get(), "exportFeedButton")->click();
         QTRY_VERIFY(QFile::exists(run->demo.feedFile()));
         QTRY_VERIFY(readAll(run->demo.feedFile()).contains("<title>Demo Station weather</title>"));
