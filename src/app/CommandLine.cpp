@@ -108,7 +108,7 @@ int runRead(const QStringList& arguments)
 
     StandardErrorReporter errors;
     WeatherReading reading;
-    const bool result = reading.readSourceFile(files.first(), feed ? 1 : 0, errors, QDateTime::currentDateTime());
+    const bool result = reading.readSourceFile(files.first(), feed ? SourceKind::Feed : SourceKind::StationFile, errors, QDateTime::currentDateTime());
     QTextStream out(stdout);
     printReading(out, result, reading);
     return result ? 0 : 1;

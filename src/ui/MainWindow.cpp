@@ -288,7 +288,7 @@ void MainWindow::showTrayIcon(bool show)
     tray_->addMenuItem(tr("Exit"), "close");
     tray_->setMenuChecked("pause", false);
     tray_->setToolTip("Nimbrel!");
-    tray_->setState(0);
+    tray_->setState(TrayState::Idle);
     connect(tray_, &TrayIcon::menuClicked, this, &MainWindow::trayMenuClick);
     connect(tray_, &TrayIcon::doubleClicked, this, &MainWindow::showFromTray);
     if (TrayIcon::available())
@@ -298,7 +298,7 @@ void MainWindow::showTrayIcon(bool show)
                                  15000);
 }
 
-void MainWindow::setTrayIcon(int state)
+void MainWindow::setTrayIcon(TrayState state)
 {
     if (tray_)
         tray_->setState(state);

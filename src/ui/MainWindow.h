@@ -2,6 +2,7 @@
 
 #include "core/cycle/CurrentConditions.h"
 #include "core/cycle/DatabaseService.h"
+#include "core/cycle/RefreshCycle.h"
 #include "core/errors/Environment.h"
 
 #include <QMainWindow>
@@ -50,7 +51,7 @@ private:
     QWidget* buildConditionsTab();
     QWidget* buildExportsTab();
     void showTrayIcon(bool show);
-    void setTrayIcon(int state);
+    void setTrayIcon(TrayState state);
     void trayMenuClick(const QString& key);
     void showLists(const QList<SourceLists::ListEntry>& sources, const QList<SourceLists::ListEntry>& favourites);
     void showFavouritesMenu(const QList<SourceLists::ListEntry>& favourites);

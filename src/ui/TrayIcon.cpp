@@ -84,10 +84,10 @@ void TrayIcon::setToolTip(const QString& text)
     icon_->setToolTip(text);
 }
 
-void TrayIcon::setState(int state)
+void TrayIcon::setState(TrayState state)
 {
     if (state == state_)
         return;
     state_ = state;
-    icon_->setIcon(WeatherIcons::trayIcon(state));
+    icon_->setIcon(WeatherIcons::trayIcon(int(state)));
 }

@@ -1,5 +1,7 @@
 #pragma once
 
+#include "core/cycle/RefreshCycle.h"
+
 #include <QObject>
 #include <QPointer>
 
@@ -35,9 +37,8 @@ public:
     QSystemTrayIcon* icon() const { return icon_; }
 
     void setToolTip(const QString& text);
-    // The picture of state 0 (idle), 1 (reading) or 2 (running a cycle).
-    void setState(int state);
-    int state() const { return state_; }
+    void setState(TrayState state);
+    TrayState state() const { return state_; }
 
 signals:
     void menuClicked(const QString& key);
@@ -48,5 +49,5 @@ private:
 
     QMenu* menu_;
     QSystemTrayIcon* icon_;
-    int state_ = 0;
+    TrayState state_ = TrayState::Idle;
 };

@@ -75,7 +75,7 @@ class CurrentDataReader : public ::testing::Test {
 protected:
     bool read(const QByteArray& content)
     {
-        return reading.readSourceFile(folder.write("currdat.lst", content), 0, errors, kNow);
+        return reading.readSourceFile(folder.write("currdat.lst", content), SourceKind::StationFile, errors, kNow);
     }
 
     TempFolder folder;
@@ -117,7 +117,7 @@ using CurrentDataReaderFromFixtures = CurrentDataReader;
 TEST_F(CurrentDataReaderFromFixtures, ReadsTheCompactLayoutOfTheProfessionalEdition)
 {
     SKIP_WITHOUT_FIXTURES();
-    ASSERT_TRUE(reading.readSourceFile(fixturePath("currdat-hwpro-ws2800.lst"), 0, errors, kNow));
+    ASSERT_TRUE(reading.readSourceFile(fixturePath("currdat-hwpro-ws2800.lst"), SourceKind::StationFile, errors, kNow));
     EXPECT_TRUE(errors.empty());
     EXPECT_EQ(reading.temperatureIn(), 28.5);
     EXPECT_EQ(reading.temperatureOut(), 21.5);

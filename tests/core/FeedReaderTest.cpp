@@ -29,7 +29,7 @@ class FeedReader : public ::testing::Test {
 protected:
     bool read(const QByteArray& content, const QDateTime& now = on21Nov(12, 0))
     {
-        return reading.readSourceFile(folder.write("feed.xml", content), 1, errors, now);
+        return reading.readSourceFile(folder.write("feed.xml", content), SourceKind::Feed, errors, now);
     }
 
     TempFolder folder;

@@ -13,9 +13,9 @@ namespace {
 const QDateTime kNow(QDate(2026, 11, 21), QTime(12, 0));
 
 struct BadInput {
-    bool read(const QString& path, qint16 sourceType = 0)
+    bool read(const QString& path, SourceKind kind = SourceKind::StationFile)
     {
-        return reading.readSourceFile(path, sourceType, errors, kNow);
+        return reading.readSourceFile(path, kind, errors, kNow);
     }
     void expectOneReadError(const char* mentioning)
     {
@@ -36,13 +36,13 @@ TEST(ReaderBadInput, EmptyFileNameDoesNothing)
 {
     BadInput t;
     EXPECT_FALSE(t.read(""));
-    EXPECT_FALSE(t.read("", 1));
+    EXPECT_FALSE(t.read("", SourceKind::Feed));
     EXPECT_TRUE(t.errors.empty());
 }
 
 TEST(ReaderBadInput, MissingFileAndFolder)
 {
-    for (qint16 type : {0, 1}) {
+    for (SourceKind type : {SourceKind::StationFile, SourceKind::Feed}) {
         BadInput t;
         EXPECT_FALSE(t.read(t.folder.file("nowhere/currdat.lst"), type));
         t.expectOneReadError("File not found");
@@ -54,7 +54,7 @@ TEST(ReaderBadInput, MissingFileAndFolder)
 
 TEST(ReaderBadInput, BinaryFileIsRefusedAtItsFirstNulByte)
 {
-    for (qint16 type : {0, 1}) {
+    for (SourceKind type : {SourceKind::StationFile, SourceKind::Feed}) {
         BadInput t;
         QByteArray binary("[outdoor_temperature]\ndeg_C = \"5\"\n");
         binary += QByteArray("\x00\x01\xFF\xFE", 4).repeated(100);
@@ -79,7 +79,7 @@ TEST(ReaderBadInput, OverlongLineIsRefused)
 {
     BadInput t;
     const QByteArray line = QByteArray(LineReader::kMaxLineBytes + 1, 'x');
-    EXPECT_FALSE(t.read(t.folder.write("long.xml", "<b>Temperature:</b> 5\n" + line + "\n"), 1));
+    EXPECT_FALSE(t.read(t.folder.write("long.xml", "<b>Temperature:</b> 5\n" + line + "\n"), SourceKind::Feed));
     t.expectOneReadError("longer than");
     EXPECT_EQ(t.reading.temperatureOut(), 5);
 }

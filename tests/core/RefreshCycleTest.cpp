@@ -12,7 +12,7 @@ namespace {
 // Remembers what the cycle showed.
 class RecordingView final : public CycleView {
 public:
-    void setTrayState(int state) override { states.push_back(state); }
+    void setTrayState(TrayState state) override { states.push_back(int(state)); }
     void showReading(const WeatherReading& reading) override { shown.push_back(reading); }
     std::vector<int> states;
     std::vector<WeatherReading> shown;

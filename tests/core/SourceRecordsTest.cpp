@@ -25,7 +25,7 @@ protected:
     {
         WeatherSource source(environment);
         source.setSourceName("O'Neil's garden");
-        source.setSourceType(1);
+        source.setSourceKind(SourceKind::Feed);
         source.setSourceFileName("C:\\Heavy Weather\\currdat.lst");
         source.setSourceDatabase(path);
         source.setDataID(4);
@@ -64,7 +64,7 @@ TEST_F(SourceRecords, SaveAndLoadRoundTrip)
     ASSERT_TRUE(loaded.load(path, 0));
     EXPECT_EQ(loaded.sourceID(), 0);
     EXPECT_EQ(loaded.sourceName(), "O'Neil's garden");
-    EXPECT_EQ(loaded.sourceType(), 1);
+    EXPECT_EQ(loaded.sourceKind(), SourceKind::Feed);
     EXPECT_EQ(loaded.sourceFileName(), "C:\\Heavy Weather\\currdat.lst");
     EXPECT_EQ(loaded.sourceDatabase(), path);
     EXPECT_EQ(loaded.dataID(), 4);
@@ -112,7 +112,7 @@ TEST_F(SourceRecords, MissingRowOrEmptyPathChangesNothing)
     qint32 id = 3;
     EXPECT_FALSE(source.load("", 3));
     EXPECT_FALSE(source.save("", id));
-    EXPECT_EQ(source.insertNew(""), 0);
+    EXPECT_FALSE(source.insertNew(""));
     EXPECT_TRUE(boxes.boxes().empty());
     EXPECT_TRUE(errors.empty());
     EXPECT_EQ(MdbTools::count(path.toStdString(), "Sources"), 0);
@@ -125,7 +125,7 @@ TEST_F(SourceRecords, EachOperationNamesItsFailure)
     qint32 id = 0;
     EXPECT_FALSE(source.load(missing, 0));
     EXPECT_FALSE(source.save(missing, id));
-    EXPECT_EQ(source.insertNew(missing), 0);
+    EXPECT_FALSE(source.insertNew(missing));
     const QStringList messages = errors.messages();
     ASSERT_EQ(messages.size(), 3);
     EXPECT_TRUE(messages[0].startsWith("\r\nDatabase Read Error: cannot open"));
@@ -139,7 +139,7 @@ TEST_F(SourceRecords, TooLongTextIsRefusedAndNothingIsLost)
     addRow(0, "roof");
     WeatherSource source = filledSource();
     source.setSourceFileName(QString(300, 'x'));
-    EXPECT_EQ(source.insertNew(path), 0);
+    EXPECT_FALSE(source.insertNew(path));
     ASSERT_EQ(errors.messages().size(), 1);
     EXPECT_TRUE(errors.messages()[0].contains("at most 255 characters"));
     EXPECT_EQ(MdbTools::count(path.toStdString(), "Sources"), 1);

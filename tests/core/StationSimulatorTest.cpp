@@ -17,7 +17,7 @@ TEST(StationSimulator, ItsFileReadsBackAsItsWeather)
         const QString path = folder.file("currdat.lst");
         ASSERT_TRUE(StationSimulator::writeCurrentDataFile(path, time, error)) << error.toStdString();
         WeatherReading read;
-        ASSERT_TRUE(read.readSourceFile(path, 0, errors, time));
+        ASSERT_TRUE(read.readSourceFile(path, SourceKind::StationFile, errors, time));
         EXPECT_EQ(read, StationSimulator::weatherAt(time)) << time.toString().toStdString();
         EXPECT_EQ(read.readDate(), time);
     }

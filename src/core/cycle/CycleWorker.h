@@ -28,12 +28,12 @@ public slots:
     void exportSource(qint32 sourceID);
 
 signals:
-    void trayStateChanged(int state);
+    void trayStateChanged(TrayState state);
     void readingShown(const WeatherReading& reading);
     void started();
 
 private:
-    void setTrayState(int state) override { emit trayStateChanged(state); }
+    void setTrayState(TrayState state) override { emit trayStateChanged(state); }
     void showReading(const WeatherReading& reading) override { emit readingShown(reading); }
 
     const Environment& environment_;

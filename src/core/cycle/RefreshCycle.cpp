@@ -52,7 +52,7 @@ bool RefreshCycle::refreshPanel(bool showTrayState)
     if (!chosen)
         return false;
     if (showTrayState)
-        view_.setTrayState(1);
+        view_.setTrayState(TrayState::ReadingPanel);
     WeatherSource* source = findSource(*chosen);
     if (!source || !source->refresh())
         return false;
@@ -85,7 +85,7 @@ void RefreshCycle::logAllSources()
             continue;
         // A station file's reading belongs to the cycle's slot, so that a
         // cycle repeated in the same slot finds its row already logged.
-        if (source->sourceType() == 0)
+        if (source->sourceKind() == SourceKind::StationFile)
             source->reading().setReadDate(nextDue_);
         logger_.logReading(settings_.primaryDatabase(), source->sourceID(), source->reading());
         if (exporting)
@@ -96,7 +96,7 @@ void RefreshCycle::logAllSources()
 
 bool RefreshCycle::updateGraph(const QDate& today)
 {
-    view_.setTrayState(2);
+    view_.setTrayState(TrayState::RunningCycle);
     graph_.moveToToday(today);
     if (settings_.autoPicture()) {
         const QList<qint32> favourites = graph_.exportFavourites();
@@ -124,7 +124,7 @@ void RefreshCycle::tick(const QDateTime& now)
 {
     const bool autoRefresh = settings_.autoRefresh();
     if (countdown_ == kTicksPerMinute && autoRefresh)
-        view_.setTrayState(0);
+        view_.setTrayState(TrayState::Idle);
     if (--countdown_ >= 1)
         return;
 
@@ -132,7 +132,7 @@ void RefreshCycle::tick(const QDateTime& now)
         refreshPanel(true);
     if (nextDue_.secsTo(now) >= 0) {
         if (settings_.autoDatabase()) {
-            view_.setTrayState(2);
+            view_.setTrayState(TrayState::RunningCycle);
             logAllSources();
         }
         // A failed redraw ends the tick here: the whole pass runs again at the next tick.

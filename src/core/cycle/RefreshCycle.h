@@ -13,13 +13,15 @@
 
 class SettingsModel;
 
+// What the tray icon shows of the cycle.
+enum class TrayState { Idle = 0, ReadingPanel = 1, RunningCycle = 2 };
+
 // What the cycle shows while it works. Called on the thread that runs the
 // cycle; a window passes the calls on to its own thread.
 class CycleView {
 public:
     virtual ~CycleView() = default;
-    // The tray icon: 0 idle, 1 reading the panel's source, 2 running a cycle.
-    virtual void setTrayState(int state) = 0;
+    virtual void setTrayState(TrayState state) = 0;
     // The panel's source has just been read: show its reading.
     virtual void showReading(const WeatherReading& reading) = 0;
 };

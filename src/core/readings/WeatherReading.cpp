@@ -69,13 +69,14 @@ void WeatherReading::setWindDirection(const QString& value)
     windDirection_ = text.remove(u'"');
 }
 
-bool WeatherReading::readSourceFile(const QString& fileName, qint16 sourceType, ErrorReporter& errors, const QDateTime& now)
+bool WeatherReading::readSourceFile(const QString& fileName, SourceKind kind, ErrorReporter& errors, const QDateTime& now)
 {
     if (fileName.isEmpty())
         return false;
 
     LineReader lines(fileName);
-    const ReadOutcome outcome = sourceType == 0 ? readCurrentData(lines, *this) : readFeed(lines, *this, now);
+    const ReadOutcome outcome =
+        kind == SourceKind::StationFile ? readCurrentData(lines, *this) : readFeed(lines, *this, now);
     if (!outcome.error.isEmpty()) {
         errors.report(QStringLiteral("\r\nCurrent Data Read Error: ") + outcome.error);
         return false;

@@ -6,6 +6,10 @@
 
 class ErrorReporter;
 
+// What a source's input file is: the station program's current-data file
+// (stored as 0 in the Sources table) or a saved feed page (any other value).
+enum class SourceKind { StationFile = 0, Feed = 1 };
+
 // One reading of current conditions from one weather source, with the time it
 // belongs to. Units: temperatures in degrees Celsius, humidity in percent,
 // wind speed in knots, rain in mm, pressure in hPa; readDate is local time.
@@ -66,13 +70,12 @@ public:
     double barometer() const { return barometer_; }
     void setBarometer(double value) { barometer_ = value; }
 
-    // Fills the reading from a source's data file: sourceType 0 is a station
-    // current-data file, any other value a saved feed page. `now` is the
-    // present time, against which a feed's time is checked.
+    // Fills the reading from a source's data file. `now` is the present time,
+    // against which a feed's time is checked.
     // Returns false for an empty file name (nothing else happens) and after a
     // failure, which goes to `errors` as one "Current Data Read Error: "
     // message; values set before the failure keep their new values.
-    bool readSourceFile(const QString& fileName, qint16 sourceType, ErrorReporter& errors, const QDateTime& now);
+    bool readSourceFile(const QString& fileName, SourceKind kind, ErrorReporter& errors, const QDateTime& now);
 
     bool operator==(const WeatherReading&) const = default;
 

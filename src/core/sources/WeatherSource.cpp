@@ -1,6 +1,7 @@
 #include "core/sources/WeatherSource.h"
 
 #include "core/db/DatabaseSession.h"
+#include "core/db/NimbrelSchema.h"
 #include "core/sources/SourceLists.h"
 #include "core/errors/ErrorReporter.h"
 #include "core/errors/MessageBoxes.h"
@@ -11,9 +12,6 @@
 
 namespace {
 
-const QStringList kColumns = {"SourceID",       "SourceName",     "SourceType",  "SourceFileName",
-                              "SourceDatabase", "DataID",         "ImportFilename", "ExportFilename",
-                              "LogMultiple",    "Enabled"};
 
 // A text column's value; null reads as empty text.
 QString textOf(const QVariant& value)
@@ -51,7 +49,8 @@ mdb::Result<OpenSources> openSources(const QString& path, DatabaseSession::Acces
     auto session = DatabaseSession::open(path, access, environment);
     if (!session)
         return session.error();
-    auto table = (*session)->table("Sources", kColumns);
+    static const QStringList columns = NimbrelSchema::columnNames("Sources");
+    auto table = (*session)->table("Sources", columns);
     if (!table)
         return table.error();
     return OpenSources{std::move(*session), std::move(*table)};
@@ -75,11 +74,10 @@ WeatherReading& WeatherSource::reading() const
 
 bool WeatherSource::refresh()
 {
-    return reading().readSourceFile(sourceFileName_, sourceType_, environment_.errors, environment_.clock.now());
+    return reading().readSourceFile(sourceFileName_, sourceKind_, environment_.errors, environment_.clock.now());
 }
 
-// SELECT * FROM Sources WHERE SourceID =<id>
-// The first row found fills the properties; logCounter and reading stay.
+// The first row with the key fills the properties; logCounter and reading stay.
 bool WeatherSource::load(const QString& databasePath, qint32 id)
 {
     if (databasePath.isEmpty())
@@ -111,7 +109,7 @@ bool WeatherSource::load(const QString& databasePath, qint32 id)
         return fail(logMultiple.error());
     sourceID_ = id;
     sourceName_ = textOf(table.value(row, "SourceName"));
-    sourceType_ = *type;
+    sourceKind_ = *type == 0 ? SourceKind::StationFile : SourceKind::Feed;
     sourceFileName_ = textOf(table.value(row, "SourceFileName"));
     sourceDatabase_ = textOf(table.value(row, "SourceDatabase"));
     dataID_ = *dataID;
@@ -122,12 +120,8 @@ bool WeatherSource::load(const QString& databasePath, qint32 id)
     return true;
 }
 
-// SELECT * FROM Sources WHERE SourceID =<id>
-// then, when a row exists:
-// UPDATE Sources SET SourceName = <name>, SourceType = <type>, sourceFileName = <file>,
-//   sourceDatabase = <database>, DataID = <data id>, ImportFilename = <import file>,
-//   ExportFilename = <export file>, logMultiple = <log multiple> WHERE SourceID = <id>
-// (texts quoted, empty ones NULL), and otherwise insertNew.
+// Changes every row with the key (empty texts stored as null), or inserts a
+// new row when there is none.
 bool WeatherSource::save(const QString& databasePath, qint32& id)
 {
     if (databasePath.isEmpty())
@@ -146,8 +140,8 @@ bool WeatherSource::save(const QString& databasePath, qint32& id)
         return fail(rows.error());
     if (rows->empty()) {
         sources->session.reset();  // insertNew opens the file for itself
-        id = insertNew(databasePath);
-        return id >= 0;
+        id = insertNew(databasePath).value_or(0);
+        return true;
     }
 
     const std::vector<ColumnValue> values = storedProperties();
@@ -166,7 +160,7 @@ std::vector<ColumnValue> WeatherSource::storedProperties() const
 {
     return {
         {"SourceName", storedText(sourceName_)},
-        {"SourceType", sourceType_},
+        {"SourceType", qint16(sourceKind_)},
         {"SourceFileName", storedText(sourceFileName_)},
         {"SourceDatabase", storedText(sourceDatabase_)},
         {"DataID", dataID_},
@@ -176,17 +170,15 @@ std::vector<ColumnValue> WeatherSource::storedProperties() const
     };
 }
 
-// SELECT SourceID FROM Sources ORDER BY SourceID DESC   (the first row's key plus one; 0 when empty)
-// INSERT INTO Sources (SourceID, SourceName, SourceType, sourceFileName, SourceDatabase, DataID,
-//   ImportFilename, ExportFilename, logMultiple) VALUES (<the nine values>)
-qint32 WeatherSource::insertNew(const QString& databasePath)
+// The new key is the highest key plus one (0 for an empty table).
+std::optional<qint32> WeatherSource::insertNew(const QString& databasePath)
 {
     if (databasePath.isEmpty())
-        return 0;
+        return std::nullopt;
     BusyScope busy(environment_.busy);
     auto fail = [this](const mdb::Error& error) {
         report(environment_, "Database write Error: ", error);
-        return 0;
+        return std::optional<qint32>();
     };
     auto sources = openSources(databasePath, DatabaseSession::Access::Write, environment_);
     if (!sources)
@@ -223,7 +215,7 @@ qint32 WeatherSource::insertNew(const QString& databasePath)
     return sourceID_;
 }
 
-// SELECT * FROM Sources Order by SourceID, then load for each row.
+// One source per row of the source list, each loaded by its key.
 std::vector<std::shared_ptr<WeatherSource>> loadSources(const QString& databasePath, const Environment& environment)
 {
     std::vector<std::shared_ptr<WeatherSource>> sources;

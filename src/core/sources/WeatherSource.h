@@ -7,6 +7,7 @@
 #include <QString>
 #include <QtGlobal>
 #include <memory>
+#include <optional>
 #include <vector>
 
 // One weather source: an input file that another program rewrites, with the
@@ -14,10 +15,10 @@
 // It owns the source's current reading (reading), shared with whoever holds it.
 //
 // The database operations take the primary database's path; with an empty
-// path they do nothing and return false (0 for insertNew). Each opens the file
-// for itself and closes it before returning. A failure is reported as one
-// message through the environment's report and gives false (0).
-// enabled is read from the table but never written.
+// path they do nothing and give false (nothing for insertNew). Each opens the
+// file for itself and closes it before returning. A failure is reported as
+// one message through the environment's error routine and gives false
+// (nothing). Enabled is read from the table but never written.
 class WeatherSource {
 public:
     explicit WeatherSource(const Environment& environment);
@@ -26,9 +27,8 @@ public:
     void setSourceID(qint32 value) { sourceID_ = value; }
     QString sourceName() const { return sourceName_; }
     void setSourceName(const QString& value) { sourceName_ = value; }
-    // 0 = the station program's current-data file, 1 = a saved feed page.
-    qint16 sourceType() const { return sourceType_; }
-    void setSourceType(qint16 value) { sourceType_ = value; }
+    SourceKind sourceKind() const { return sourceKind_; }
+    void setSourceKind(SourceKind kind) { sourceKind_ = kind; }
     QString sourceFileName() const { return sourceFileName_; }
     void setSourceFileName(const QString& value) { sourceFileName_ = value; }
     // The database whose History the graphs read for this source.
@@ -58,11 +58,13 @@ public:
     // properties unchanged when it does not.
     bool load(const QString& databasePath, qint32 id);
     // Stores the properties under key `id`; when no such row exists, adds a
-    // new row (insertNew) and passes its key back through `id`.
+    // new row (insertNew) and passes its key back through `id` (0 when the
+    // insert failed; the result is then true all the same, as the program
+    // has always answered; the failure was reported).
     bool save(const QString& databasePath, qint32& id);
     // Inserts the properties as a row under the next free key (the highest
     // plus one, 0 for an empty table), tells the user, and returns the key.
-    qint32 insertNew(const QString& databasePath);
+    std::optional<qint32> insertNew(const QString& databasePath);
     // Reads the source's input file again into wData; the reader's result.
     bool refresh();
 
@@ -72,7 +74,7 @@ private:
     const Environment& environment_;
     qint32 sourceID_ = 0;
     QString sourceName_;
-    qint16 sourceType_ = 0;
+    SourceKind sourceKind_ = SourceKind::StationFile;
     QString sourceFileName_;
     QString sourceDatabase_;
     qint32 dataID_ = 0;
