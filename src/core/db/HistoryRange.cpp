@@ -8,8 +8,7 @@ QDateTime HistorySample::time() const
     return ColumnValues::fromDateTime(stamp);
 }
 
-// SELECT DateRead, <column> FROM History
-//   WHERE SourceID = <id> AND DateRead BETWEEN #<from># AND #<to># ORDER BY DateRead
+// Walks the History (SourceID, DateRead) index from `from` to `to`.
 mdb::Result<std::vector<HistorySample>> readHistoryRange(const QString& databasePath, qint32 sourceID,
                                                          const QDateTime& from, const QDateTime& to,
                                                          const QString& column, const Environment& environment)

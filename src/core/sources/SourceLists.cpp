@@ -61,14 +61,12 @@ QList<ListEntry> reportedList(const QString& path, const ListQuery& query, const
 
 }  // namespace
 
-// SELECT * FROM Sources  Order by SourceID
 QList<ListEntry> sourceList(const QString& databasePath, const Environment& environment)
 {
     return reportedList(databasePath, {"Sources", "SourceName", "SourceID", {}}, environment,
                         "Database Read Error: ");
 }
 
-// SELECT * FROM Favorites order by FavID   (with onlyExported: the rows whose Export is set)
 QList<ListEntry> favouriteList(const QString& databasePath, const Environment& environment, bool onlyExported)
 {
     return reportedList(databasePath, {"Favorites", "FavName", "FavID", onlyExported ? "Export" : ""}, environment,
