@@ -39,6 +39,7 @@ public:
 class SilentBoxes final : public MessageBoxes {
 public:
     void show(const QString&, const QString&, Icon) override {}
+    bool askOkCancel(const QString&, const QString&) override { return false; }
 };
 
 // A plausible reading for step `i`: daily and yearly temperature swings,

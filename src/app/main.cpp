@@ -1,6 +1,7 @@
 #include "app/CommandLine.h"
 #include "app/SingleInstance.h"
 #include "core/cycle/DemoStation.h"
+#include "ui/Choosers.h"
 #include "ui/GuiBusyCursor.h"
 #include "ui/GuiMessageBoxes.h"
 #include "ui/MainWindow.h"
@@ -87,7 +88,8 @@ int runWindow(int argc, char** argv, bool demoMode)
     }
     settings.load(*store, QCoreApplication::applicationDirPath(), errors);
 
-    MainWindow window(settings, environment, *store);
+    SystemChoosers choosers;
+    MainWindow window(settings, environment, *store, WindowTools{choosers, [&errors] { return errors.sendTestMail(); }});
     QObject::connect(&instance, &SingleInstance::raiseRequested, &window, &MainWindow::showFromTray);
     boxes.setParentWindow(&window);
     window.show();

@@ -15,6 +15,20 @@ void GuiMessageBoxes::show(const QString& title, const QString& text, Icon icon)
         this, [this, title, text, icon] { showHere(title, text, icon); }, Qt::BlockingQueuedConnection);
 }
 
+bool GuiMessageBoxes::askOkCancel(const QString& title, const QString& text)
+{
+    bool ok = false;
+    const auto ask = [this, &ok, title, text] {
+        QMessageBox box(QMessageBox::Question, title, text, QMessageBox::Ok | QMessageBox::Cancel, parent_);
+        ok = box.exec() == QMessageBox::Ok;
+    };
+    if (QThread::currentThread() == thread())
+        ask();
+    else
+        QMetaObject::invokeMethod(this, ask, Qt::BlockingQueuedConnection);
+    return ok;
+}
+
 void GuiMessageBoxes::showHere(const QString& title, const QString& text, Icon icon)
 {
     QMessageBox::Icon boxIcon = QMessageBox::Information;

@@ -16,6 +16,7 @@ public:
     explicit GuiMessageBoxes(QWidget* parent = nullptr);
 
     void show(const QString& title, const QString& text, Icon icon) override;
+    bool askOkCancel(const QString& title, const QString& text) override;
     void setParentWindow(QWidget* parent) { parent_ = parent; }
 
 private:

@@ -1,6 +1,9 @@
 #include "ui/MainWindow.h"
 
+#include "ui/AboutDialog.h"
 #include "ui/ConditionsPanel.h"
+#include "ui/DayDiaryDialog.h"
+#include "ui/PreferencesDialog.h"
 #include "core/cycle/CycleWorker.h"
 #include "ui/StatusPanels.h"
 #include "ui/TrayIcon.h"
@@ -8,6 +11,7 @@
 #include "core/sources/SourceLists.h"
 #include "core/errors/MessageBoxes.h"
 #include "core/settings/SettingsModel.h"
+#include "core/text/Clock.h"
 
 #include <QApplication>
 #include <QCloseEvent>
@@ -16,7 +20,6 @@
 #include <QHBoxLayout>
 #include <QLabel>
 #include <QMenuBar>
-#include <QMessageBox>
 #include <QPushButton>
 #include <QSettings>
 #include <QStatusBar>
@@ -54,8 +57,9 @@ QAction* addToggle(QMenu* menu, const QString& caption, const QString& name)
 
 }  // namespace
 
-MainWindow::MainWindow(SettingsModel& settings, const Environment& environment, QSettings& store, QWidget* parent)
-    : QMainWindow(parent), settings_(settings), environment_(environment), store_(store)
+MainWindow::MainWindow(SettingsModel& settings, const Environment& environment, QSettings& store, WindowTools tools,
+                       QWidget* parent)
+    : QMainWindow(parent), settings_(settings), environment_(environment), store_(store), tools_(std::move(tools))
 {
     setObjectName("mainWindow");
     setWindowTitle(QApplication::applicationDisplayName());
@@ -103,7 +107,7 @@ QWidget* MainWindow::buildConditionsTab()
 
     auto* dayLog = new QPushButton(tr("Make Day Log Entry"), page);
     dayLog->setObjectName("dayLogButton");
-    dayLog->setEnabled(false);  // the day diary comes with its own window
+    connect(dayLog, &QPushButton::clicked, this, &MainWindow::showDayDiary);
     auto* buttons = new QHBoxLayout;
     buttons->addStretch();
     buttons->addWidget(dayLog);
@@ -175,7 +179,8 @@ void MainWindow::buildMenus()
     addToggle(options, tr("Single Day Range"), "singleDayRangeAction");
     options->addSeparator()->setObjectName("optionsSeparator");
     addItem(options, tr("Print Preview"), "printPreviewAction", false);
-    addItem(options, tr("Preferences"), "preferencesAction", false);
+    connect(addItem(options, tr("Preferences"), "preferencesAction"), &QAction::triggered, this,
+            &MainWindow::showPreferences);
     addItem(options, tr("Remote Data D/L"), "remoteDataAction", false);
 
     QMenu* help = menuBar()->addMenu(tr("Help"));
@@ -311,8 +316,8 @@ void MainWindow::trayMenuClick(const QString& key)
         showFromTray();
     } else if (key == u"pause") {
         // The check item has already changed its mark.
-        const bool paused = tray_->getMenuChecked("pause");
-        if (paused)
+        paused_ = tray_->getMenuChecked("pause");
+        if (paused_)
             timing_->stop();
         else
             timing_->start();
@@ -346,13 +351,45 @@ void MainWindow::showNotes()
 
 void MainWindow::showAbout()
 {
-    QMessageBox::about(this, tr("About Nimbrel"),
-                       tr("<h3>Nimbrel %1</h3>"
-                          "<p>A weather-station logger and grapher: it reads your station's current-data "
-                          "file, logs every reading into an Access database and keeps your web page fresh.</p>"
-                          "<p>Licensed under the GNU General Public License, version 3 or later.</p>"
-                          "<p><a href=\"%2\">%2</a></p>")
-                           .arg(QApplication::applicationVersion(), kHelpContact));
+    auto* about = new AboutDialog(kHelpContact, systemInformationTool(), this);
+    about->setAttribute(Qt::WA_DeleteOnClose);
+    about->open();
+}
+
+void MainWindow::showPreferences()
+{
+    if (!worker_)
+        return;
+    timing_->stop();  // nothing runs on settings half-edited
+    if (!preferences_) {
+        PreferencesContext context{settings_, store_, environment_, *database_, tools_.choosers, tools_.sendTestMail};
+        preferences_ = new PreferencesDialog(context, this);
+        connect(preferences_, &QDialog::finished, this, &MainWindow::preferencesClosed);
+    }
+    preferences_->load();
+    preferences_->open();
+}
+
+void MainWindow::preferencesClosed()
+{
+    if (!worker_)
+        return;
+    // The sources, the Primary database or the cycle may have changed.
+    const QString database = settings_.primaryDatabase();
+    QMetaObject::invokeMethod(worker_, [this, database] { worker_->start(database); }, Qt::QueuedConnection);
+    database_->requestLists(database);
+    if (!paused_)
+        timing_->start();
+}
+
+void MainWindow::showDayDiary()
+{
+    if (!database_)
+        return;
+    if (!diary_)
+        diary_ = new DayDiaryDialog(settings_, *database_, this);
+    diary_->showDay(environment_.clock.now().date());
+    diary_->open();
 }
 
 void MainWindow::stopWorker()

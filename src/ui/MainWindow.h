@@ -8,8 +8,13 @@
 #include <QMainWindow>
 #include <QThread>
 
+#include <functional>
+
+class Choosers;
 class ConditionsPanel;
 class CycleWorker;
+class DayDiaryDialog;
+class PreferencesDialog;
 class QAction;
 class QComboBox;
 class QMenu;
@@ -18,6 +23,13 @@ class QTimer;
 class SettingsModel;
 class StatusPanels;
 class TrayIcon;
+
+// What the window's dialogs use besides the environment: the platform's
+// file and colour choosers, and the mail test (called on the worker thread).
+struct WindowTools {
+    Choosers& choosers;
+    std::function<bool()> sendTestMail;
+};
 
 // The program's main window. startUp() starts the program: it greets a
 // first-time user, asks the worker thread for the menus' and lists' rows and
@@ -29,7 +41,7 @@ class MainWindow final : public QMainWindow {
 
 public:
     // `store` keeps the window's size and place between runs.
-    MainWindow(SettingsModel& settings, const Environment& environment, QSettings& store,
+    MainWindow(SettingsModel& settings, const Environment& environment, QSettings& store, WindowTools tools,
                QWidget* parent = nullptr);
     ~MainWindow() override;
 
@@ -61,11 +73,15 @@ private:
     void showReading(const WeatherReading& reading);
     void showNotes();
     void showAbout();
+    void showPreferences();
+    void preferencesClosed();
+    void showDayDiary();
     void stopWorker();
 
     SettingsModel& settings_;
     const Environment& environment_;
     QSettings& store_;
+    WindowTools tools_;
     CurrentConditions conditions_;
     ConditionsPanel* panel_ = nullptr;
     StatusPanels* statusPanels_ = nullptr;
@@ -78,4 +94,7 @@ private:
     CycleWorker* worker_ = nullptr;
     DatabaseService* database_ = nullptr;
     QList<QAction*> favouriteItems_;
+    PreferencesDialog* preferences_ = nullptr;  // made at first use, then kept
+    DayDiaryDialog* diary_ = nullptr;
+    bool paused_ = false;  // the tray's Pause is ticked
 };

@@ -181,6 +181,44 @@ TEST_F(SourceRecords, SourceListIsInKeyOrder)
     EXPECT_TRUE(errors.messages()[0].startsWith("\r\nDatabase Read Error: "));
 }
 
+// The picture-export marks of the favourites: listed in key order, changed
+// at once, and what another reader sees.
+TEST_F(SourceRecords, FavouriteExportMarks)
+{
+    {
+        auto session = DatabaseSession::open(path, DatabaseSession::Access::Write, environment);
+        ASSERT_TRUE(session);
+        auto table = (*session)->table("Favorites");
+        ASSERT_TRUE(table);
+        ASSERT_TRUE((*session)->insert(*table, {{"FavName", "Week"}, {"Export", true}}));
+        ASSERT_TRUE((*session)->insert(*table, {{"FavName", "O'Neil's day"}, {"Export", false}}));
+        ASSERT_TRUE((*session)->commit());
+    }
+    QList<SourceLists::FavouriteExport> favourites = SourceLists::favouriteExports(path, environment);
+    ASSERT_EQ(favourites.size(), 2);
+    EXPECT_EQ(favourites[0].name, "Week");
+    EXPECT_TRUE(favourites[0].exported);
+    EXPECT_EQ(favourites[1].name, "O'Neil's day");
+    EXPECT_FALSE(favourites[1].exported);
+    EXPECT_LT(favourites[0].key, favourites[1].key);
+
+    EXPECT_TRUE(SourceLists::setFavouriteExport(path, favourites[0].key, false, environment));
+    EXPECT_TRUE(SourceLists::setFavouriteExport(path, favourites[1].key, true, environment));
+    const MdbTools::Export table = exported("Favorites");
+    ASSERT_TRUE(table.ok) << table.error;
+    EXPECT_EQ(cell(table, 0, "Export"), "0");
+    EXPECT_EQ(cell(table, 1, "Export"), "1");
+    EXPECT_EQ(SourceLists::favouriteList(path, environment, true),
+              (QList<SourceLists::ListEntry>{{"O'Neil's day", favourites[1].key}}));
+    EXPECT_TRUE(errors.empty());
+
+    EXPECT_TRUE(SourceLists::favouriteExports(folder.file("gone.mdb"), environment).isEmpty());
+    EXPECT_FALSE(SourceLists::setFavouriteExport(folder.file("gone.mdb"), 1, true, environment));
+    ASSERT_EQ(errors.messages().size(), 2);
+    EXPECT_TRUE(errors.messages()[0].startsWith("\r\nLoad Favs Error: "));
+    EXPECT_TRUE(errors.messages()[1].startsWith("\r\nUpdate Favs Error: "));
+}
+
 }  // namespace
 
 // A lookup through a damaged index reports the damage; it is never quietly

@@ -1,6 +1,9 @@
 #include "core/cycle/DemoStation.h"
+#include "ui/AboutDialog.h"
 #include "ui/ConditionsPanel.h"
+#include "ui/DayDiaryDialog.h"
 #include "ui/MainWindow.h"
+#include "ui/PreferencesDialog.h"
 #include "ui/StatusPanels.h"
 #include "ui/TrayIcon.h"
 #include "ui/WeatherIcons.h"
@@ -10,12 +13,14 @@
 #include "core/text/NumberText.h"
 #include "mdb/FileSystem.h"
 #include "support/TestSupport.h"
+#include "ScriptedChoosers.h"
 
 #include <QAction>
 #include <QComboBox>
 #include <QDir>
 #include <QFile>
 #include <QLabel>
+#include <QLineEdit>
 #include <QMenu>
 #include <QPainter>
 #include <QPointer>
@@ -70,6 +75,7 @@ class MainWindowTest : public QObject {
         DemoStation demo{folder.file("Demo")};
         std::unique_ptr<QSettings> store;
         SettingsModel settings;
+        ScriptedChoosers choosers;
         std::unique_ptr<MainWindow> window;
 
         explicit Running(const QDateTime& now) : clock(now) {}
@@ -85,7 +91,8 @@ class MainWindowTest : public QObject {
         run->files.openedOnWindowThread.storeRelaxed(0);  // the demo's set-up is not the window's
         run->store = std::make_unique<QSettings>(settingsPath, QSettings::IniFormat);
         run->settings.load(*run->store, run->folder.path(), run->errors);
-        run->window = std::make_unique<MainWindow>(run->settings, run->environment, *run->store);
+        run->window = std::make_unique<MainWindow>(run->settings, run->environment, *run->store,
+                                                   WindowTools{run->choosers, {}});
         run->window->resize(1040, 680);
         run->window->show();
         run->window->startUp();
@@ -274,7 +281,7 @@ private slots:
     void menusOfLaterWindowsArePresentButDisabled()
     {
         auto run = start();
-        for (const char* name : {"printPreviewAction", "preferencesAction", "remoteDataAction", "addTraceAction", "clearTracesAction"})
+        for (const char* name : {"printPreviewAction", "remoteDataAction", "addTraceAction", "clearTracesAction"})
             QVERIFY2(!find<QAction>(run->window.get(), name)->isEnabled(), name);
         QAction* legend = find<QAction>(run->window.get(), "showLegendAction");
         legend->trigger();
@@ -296,6 +303,71 @@ private slots:
         saveGrab(run->window.get(), "exports-tab.png");
     }
 
+    // Options, Preferences: the cycle waits while the dialog is open; a
+    // source added there is in the lists when it closes.
+    void preferencesHoldTheCycleAndReloadTheSources()
+    {
+        auto run = start();
+        auto* sources = find<QComboBox>(run->window.get(), "currentSourceCombo");
+        QTRY_COMPARE(sources->count(), 1);
+        find<QAction>(run->window.get(), "preferencesAction")->trigger();
+        auto* dialog = find<PreferencesDialog>(run->window.get(), "preferencesDialog");
+        QVERIFY(dialog->isVisible());
+        QVERIFY(!run->window->timer()->isActive());
+        QTRY_COMPARE(find<QLabel>(dialog, "sourceNumberLabel")->text(), QString("Source No.0"));
+
+        find<QPushButton>(dialog, "newSourceButton")->click();
+        QTRY_COMPARE(find<QLabel>(dialog, "sourceNumberLabel")->text(), QString("Source No.1"));
+        QTest::keyClicks(find<QLineEdit>(dialog, "sourceNameEdit"), "Roof");
+        QTest::keyClicks(find<QLineEdit>(dialog, "sourceFileEdit"), run->demo.stationFile());
+        find<QPushButton>(dialog, "saveSourceButton")->click();
+        QTRY_VERIFY(!find<QPushButton>(dialog, "saveSourceButton")->isEnabled());
+        find<QPushButton>(dialog, "okButton")->click();
+        QVERIFY(!dialog->isVisible());
+        QVERIFY(run->window->timer()->isActive());
+        QTRY_COMPARE(sources->count(), 2);
+        QCOMPARE(sources->itemText(1), QString("Roof"));
+        QVERIFY(run->errors.empty());
+
+        // Paused from the tray: the cycle stays paused after the dialog.
+        find<QAction>(run->window->tray()->menu(), "pauseTrayAction")->trigger();
+        find<QAction>(run->window.get(), "preferencesAction")->trigger();
+        find<QPushButton>(dialog, "cancelButton")->click();
+        QVERIFY(!run->window->timer()->isActive());
+    }
+
+    void dayLogButtonOpensTodaysDiary()
+    {
+        auto run = start();
+        find<QPushButton>(run->window.get(), "dayLogButton")->click();
+        auto* diary = find<DayDiaryDialog>(run->window.get(), "dayDiaryDialog");
+        QVERIFY(diary->isVisible());
+        QCOMPARE(diary->day(), kNow.date());
+    }
+
+    void aboutBoxShowsTheVersionAndTheSystemTool()
+    {
+        auto run = start();
+        find<QAction>(run->window.get(), "aboutAction")->trigger();
+        auto* about = find<AboutDialog>(run->window.get(), "aboutDialog");
+        QVERIFY(about->isVisible());
+        QVERIFY(find<QLabel>(about, "aboutText")->text().contains(QCoreApplication::applicationVersion()));
+        about->accept();
+
+        TempFolder tools;
+        QCOMPARE(systemInformationTool({tools.path()}), QString());
+        AboutDialog without("https://example.org", QString());
+        auto* button = find<QPushButton>(&without, "systemInfoButton");
+        QVERIFY(!button->isEnabled());
+        QCOMPARE(button->text(), QString("No system information tool found"));
+
+        const QString hardinfo = tools.write("hardinfo", "#!/bin/sh\n");
+        QFile::setPermissions(hardinfo, QFile::ReadOwner | QFile::WriteOwner | QFile::ExeOwner);
+        QCOMPARE(systemInformationTool({tools.path()}), hardinfo);
+        AboutDialog with("https://example.org", hardinfo);
+        QVERIFY(find<QPushButton>(&with, "systemInfoButton")->isEnabled());
+    }
+
     void closingStopsTheCycleAndRemembersTheWindow()
     {
         auto run = start();
@@ -303,7 +375,7 @@ private slots:
         QVERIFY(run->window->close());
         QVERIFY(!run->window->timer()->isActive());
         QVERIFY(!run->store->value("Window/Geometry").toByteArray().isEmpty());
-        MainWindow again(run->settings, run->environment, *run->store);
+        MainWindow again(run->settings, run->environment, *run->store, WindowTools{run->choosers, {}});
         QCOMPARE(again.size(), QSize(820, 590));
     }
 };

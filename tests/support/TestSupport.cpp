@@ -55,6 +55,13 @@ void RecordingMessageBoxes::show(const QString& title, const QString& text, Icon
     boxes_.push_back({title, text, icon});
 }
 
+bool RecordingMessageBoxes::askOkCancel(const QString& title, const QString& text)
+{
+    QMutexLocker lock(&mutex_);
+    boxes_.push_back({title, text, Icon::Information});
+    return answer_;
+}
+
 std::vector<RecordingMessageBoxes::Box> RecordingMessageBoxes::boxes() const
 {
     QMutexLocker lock(&mutex_);

@@ -64,11 +64,16 @@ public:
         Icon icon;
     };
     void show(const QString& title, const QString& text, Icon icon) override;
+    // Recorded like a box, and answered as answer() says.
+    bool askOkCancel(const QString& title, const QString& text) override;
     std::vector<Box> boxes() const;
+    // The answer to the next questions (OK unless told otherwise).
+    void answer(bool ok) { answer_ = ok; }
 
 private:
     mutable QMutex mutex_;
     std::vector<Box> boxes_;
+    bool answer_ = true;
 };
 
 // Compares `actual` with the golden file whole, length included, and says

@@ -281,6 +281,13 @@ mdb::Result<mdb::RowPointer> DatabaseSession::insert(const SessionTable& table, 
     return writer_->append(table.name(), std::move(row));
 }
 
+mdb::Status DatabaseSession::remove(const SessionTable& table, mdb::RowPointer location)
+{
+    if (mdb::Status writing = checkWriting(); !writing)
+        return writing;
+    return writer_->remove(table.name(), location);
+}
+
 mdb::Status DatabaseSession::update(const SessionTable& table, mdb::RowPointer location,
                                     const std::vector<ColumnValue>& values)
 {

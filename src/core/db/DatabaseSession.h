@@ -74,6 +74,8 @@ public:
     // Adds a row holding the given values; other columns are null (an
     // autonumber column takes the next number).
     mdb::Result<mdb::RowPointer> insert(const SessionTable& table, const std::vector<ColumnValue>& values);
+    // Deletes the row at `location`.
+    mdb::Status remove(const SessionTable& table, mdb::RowPointer location);
     // Changes the given columns of the row at `location`; the others keep their values.
     mdb::Status update(const SessionTable& table, mdb::RowPointer location, const std::vector<ColumnValue>& values);
     mdb::Status commit();

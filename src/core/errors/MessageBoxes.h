@@ -11,4 +11,6 @@ public:
 
     virtual ~MessageBoxes() = default;
     virtual void show(const QString& title, const QString& text, Icon icon) = 0;
+    // A question with OK and Cancel; true for OK.
+    virtual bool askOkCancel(const QString& title, const QString& text) = 0;
 };

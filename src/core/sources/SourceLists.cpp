@@ -73,4 +73,63 @@ QList<ListEntry> favouriteList(const QString& databasePath, const Environment& e
                         "Load Fav Error: ");
 }
 
+QList<FavouriteExport> favouriteExports(const QString& databasePath, const Environment& environment)
+{
+    if (databasePath.isEmpty())
+        return {};
+    BusyScope busy(environment.busy);
+    const auto read = [&]() -> mdb::Result<QList<FavouriteExport>> {
+        auto session = DatabaseSession::open(databasePath, DatabaseSession::Access::Read, environment);
+        if (!session)
+            return session.error();
+        auto table = (*session)->table("Favorites", {"FavID", "FavName", "Export"});
+        if (!table)
+            return table.error();
+        QList<FavouriteExport> favourites;
+        mdb::Status scanned = (*session)->scan(*table, [&](const mdb::Row& row) {
+            const QVariant key = table->value(row, "FavID");
+            if (!key.isNull())
+                favourites.append({table->value(row, "FavName").toString(), key.toInt(),
+                                   table->value(row, "Export").toBool()});
+            return true;
+        });
+        if (!scanned)
+            return scanned.error();
+        std::stable_sort(favourites.begin(), favourites.end(),
+                         [](const FavouriteExport& a, const FavouriteExport& b) { return a.key < b.key; });
+        return favourites;
+    };
+    auto favourites = read();
+    if (!favourites) {
+        environment.errors.report("\r\nLoad Favs Error: " + QString::fromStdString(favourites.error().message));
+        return {};
+    }
+    return *favourites;
+}
+
+bool setFavouriteExport(const QString& databasePath, qint32 favID, bool exported, const Environment& environment)
+{
+    BusyScope busy(environment.busy);
+    auto fail = [&environment](const mdb::Error& error) {
+        environment.errors.report("\r\nUpdate Favs Error: " + QString::fromStdString(error.message));
+        return false;
+    };
+    auto session = DatabaseSession::open(databasePath, DatabaseSession::Access::Write, environment);
+    if (!session)
+        return fail(session.error());
+    auto table = (*session)->table("Favorites", {"FavID", "Export"});
+    if (!table)
+        return fail(table.error());
+    auto rows = (*session)->rowsWhere(*table, {{"FavID", favID}});
+    if (!rows)
+        return fail(rows.error());
+    for (const mdb::Row& row : *rows) {
+        if (mdb::Status changed = (*session)->update(*table, row.location, {{"Export", exported}}); !changed)
+            return fail(changed.error());
+    }
+    if (mdb::Status committed = (*session)->commit(); !committed)
+        return fail(committed.error());
+    return true;
+}
+
 }  // namespace SourceLists

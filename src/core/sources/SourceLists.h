@@ -28,4 +28,20 @@ QList<ListEntry> sourceList(const QString& databasePath, const Environment& envi
 QList<ListEntry> favouriteList(const QString& databasePath, const Environment& environment,
                                bool onlyExported = false);
 
+// A favourite with its picture-export mark, as the preferences list it.
+struct FavouriteExport {
+    QString name;
+    qint32 key = 0;
+    bool exported = false;
+    bool operator==(const FavouriteExport&) const = default;
+};
+
+// Every favourite in FavID order with its mark. A failure is reported as
+// "Load Favs Error: " and gives an empty list.
+QList<FavouriteExport> favouriteExports(const QString& databasePath, const Environment& environment);
+
+// Marks the favourite `favID` for picture export, or not, at once. A
+// failure is reported as "Update Favs Error: " and gives false.
+bool setFavouriteExport(const QString& databasePath, qint32 favID, bool exported, const Environment& environment);
+
 }  // namespace SourceLists

@@ -1,0 +1,55 @@
+#include "ui/Choosers.h"
+
+#include <QColorDialog>
+#include <QFileDialog>
+#include <QStringList>
+
+QString qtFileFilter(const QString& filter)
+{
+    const QStringList parts = filter.split(u'|');
+    QStringList filters;
+    for (qsizetype i = 0; i + 1 < parts.size(); i += 2) {
+        QStringList patterns = parts[i + 1].split(u';', Qt::SkipEmptyParts);
+        for (QString& pattern : patterns) {
+            if (pattern == u"*.*")
+                pattern = QStringLiteral("*");  // every file, with or without a dot
+        }
+        filters << QStringLiteral("%1 (%2)").arg(parts[i], patterns.join(u' '));
+    }
+    return filters.join(QStringLiteral(";;"));
+}
+
+QString withExtension(const QString& name, const QString& extension)
+{
+    if (name.isEmpty() || name.endsWith(extension, Qt::CaseInsensitive))
+        return name;
+    return name + extension;
+}
+
+QColor colourOf(qint32 stored)
+{
+    return QColor(stored & 0xFF, (stored >> 8) & 0xFF, (stored >> 16) & 0xFF);
+}
+
+qint32 storedColour(const QColor& colour)
+{
+    return qint32(colour.red() | colour.green() << 8 | colour.blue() << 16);
+}
+
+QString SystemChoosers::openFile(QWidget* parent, const QString& title, const QString& filter)
+{
+    return QFileDialog::getOpenFileName(parent, title, QString(), qtFileFilter(filter));
+}
+
+QString SystemChoosers::newFile(QWidget* parent, const QString& title, const QString& filter)
+{
+    return QFileDialog::getSaveFileName(parent, title, QString(), qtFileFilter(filter));
+}
+
+std::optional<QColor> SystemChoosers::colour(QWidget* parent, const QColor& initial)
+{
+    const QColor chosen = QColorDialog::getColor(initial, parent);
+    if (!chosen.isValid())
+        return std::nullopt;
+    return chosen;
+}

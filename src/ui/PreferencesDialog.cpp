@@ -1,0 +1,792 @@
+#include "ui/PreferencesDialog.h"
+
+#include "ui/Choosers.h"
+#include "core/cycle/DatabaseService.h"
+#include "core/db/NimbrelSchema.h"
+#include "core/errors/ErrorReporter.h"
+#include "core/errors/MessageBoxes.h"
+#include "core/settings/SettingsModel.h"
+#include "core/sources/SourceLists.h"
+#include "core/text/NumberText.h"
+
+#include <QApplication>
+#include <QCheckBox>
+#include <QComboBox>
+#include <QFormLayout>
+#include <QGridLayout>
+#include <QGroupBox>
+#include <QHBoxLayout>
+#include <QLabel>
+#include <QLineEdit>
+#include <QListWidget>
+#include <QPushButton>
+#include <QRadioButton>
+#include <QTabWidget>
+#include <QVBoxLayout>
+
+#include <cmath>
+#include <limits>
+
+namespace {
+
+const char* const kScaleNames[] = {"barometer", "temperature", "humidity", "windSpeed", "rainfall"};
+const char* const kScaleCaptions[] = {"Barometer", "Temperature", "Humidity", "Wind Speed", "Rainfall"};
+
+const QString kSourceFileFilter = QStringLiteral("Data File|currdat.lst;*.txt;*.xml|All Files|*.*");
+const QString kImportFileFilter = QStringLiteral("History Data File (eg. history.txt)|*.txt|All Files|*.*");
+const QString kPictureFilter = QStringLiteral("Graphic Interchange Format (*.gif)|*.gif|All Files|*.*");
+const QString kErrorLogFilter = QStringLiteral("Error Log File (eg. *.txt)|*.txt");
+const QString kExportFileFilter = QStringLiteral("RSS Data File|*.txt;*.xml|All Files|*.*");
+const QString kDatabaseFilter = QStringLiteral("Weather Database (eg. *.mdb)|*.mdb");
+const QString kTemplateFilter = QStringLiteral("RSS Template File (*.txt;*.xml)|*.txt;*.xml");
+
+// A whole number typed into a box, by the leading-number rule, rounded half
+// to even and kept within the 32-bit range.
+qint32 wholeNumber(const QString& text)
+{
+    const double value = std::nearbyint(NumberText::leadingNumber(text));
+    if (value > std::numeric_limits<qint32>::max())
+        return std::numeric_limits<qint32>::max();
+    if (value < std::numeric_limits<qint32>::min())
+        return std::numeric_limits<qint32>::min();
+    return qint32(value);
+}
+
+QLabel* hint(const QString& text, QWidget* parent)
+{
+    auto* label = new QLabel(text, parent);
+    label->setWordWrap(true);
+    label->setForegroundRole(QPalette::PlaceholderText);
+    return label;
+}
+
+QCheckBox* check(const QString& caption, const QString& name, QWidget* parent)
+{
+    auto* box = new QCheckBox(caption, parent);
+    box->setObjectName(name);
+    return box;
+}
+
+QHBoxLayout* row(std::initializer_list<QWidget*> widgets)
+{
+    auto* layout = new QHBoxLayout;
+    for (QWidget* widget : widgets)
+        layout->addWidget(widget);
+    return layout;
+}
+
+// The sample's text and background colours, as the settings keep them.
+qint32 sampleColour(const QLabel* sample, QPalette::ColorRole role)
+{
+    return storedColour(sample->palette().color(role));
+}
+
+void setSampleColours(QLabel* sample, qint32 text, qint32 background)
+{
+    QPalette palette = sample->palette();
+    palette.setColor(QPalette::WindowText, colourOf(text));
+    palette.setColor(QPalette::Window, colourOf(background));
+    sample->setPalette(palette);
+}
+
+QLabel* colourSample(const QString& caption, const QString& name, QWidget* parent)
+{
+    auto* sample = new QLabel(caption, parent);
+    sample->setObjectName(name);
+    sample->setAutoFillBackground(true);
+    sample->setAlignment(Qt::AlignCenter);
+    sample->setMinimumSize(160, 48);
+    sample->setFrameShape(QFrame::Box);
+    return sample;
+}
+
+}  // namespace
+
+PreferencesDialog::PreferencesDialog(PreferencesContext context, QWidget* parent)
+    : QDialog(parent), context_(std::move(context))
+{
+    setObjectName("preferencesDialog");
+    setWindowTitle(tr("Preferences"));
+    setModal(true);
+
+    auto* tabs = new QTabWidget(this);
+    tabs->setObjectName("preferencesTabs");
+    tabs->addTab(buildSourcesTab(), tr("Weather Sources"));
+    tabs->addTab(buildGraphTab(), tr("Graph Colours"));
+    tabs->addTab(buildExportsTab(), tr("Exports"));
+    tabs->addTab(buildRefreshTab(), tr("Auto Refresh"));
+    tabs->addTab(buildErrorLogTab(), tr("Error Log"));
+
+    QPushButton* ok = button(tr("OK"), "okButton", this);
+    ok->setDefault(true);
+    connect(ok, &QPushButton::clicked, this, &PreferencesDialog::accept);
+    connect(button(tr("Cancel"), "cancelButton", this), &QPushButton::clicked, this, &PreferencesDialog::reject);
+    auto* buttons = new QHBoxLayout;
+    buttons->addStretch();
+    buttons->addWidget(ok);
+    buttons->addWidget(findChild<QPushButton*>("cancelButton"));
+
+    auto* layout = new QVBoxLayout(this);
+    layout->addWidget(tabs);
+    layout->addLayout(buttons);
+}
+
+QLineEdit* PreferencesDialog::edit(const QString& name, QWidget* parent)
+{
+    auto* box = new QLineEdit(parent);
+    box->setObjectName(name);
+    box->setMinimumWidth(120);
+    return box;
+}
+
+QPushButton* PreferencesDialog::button(const QString& text, const QString& name, QWidget* parent)
+{
+    auto* pushButton = new QPushButton(text, parent);
+    pushButton->setObjectName(name);
+    pushButton->setAutoDefault(false);
+    if (text.size() <= 3)
+        pushButton->setMaximumWidth(40);  // "...", "<" and ">" need little room
+    return pushButton;
+}
+
+// ---- building the tabs
+
+QWidget* PreferencesDialog::buildSourcesTab()
+{
+    auto* page = new QWidget(this);
+    primaryDatabase_ = edit("primaryDatabaseEdit", page);
+    connect(primaryDatabase_, &QLineEdit::editingFinished, this, [this] {
+        if (primaryDatabase_->isModified())
+            primaryDatabaseChanged();
+        primaryDatabase_->setModified(false);
+    });
+    QPushButton* pickPrimary = button("...", "pickPrimaryDatabaseButton", page);
+    connect(pickPrimary, &QPushButton::clicked, this, [this] {
+        const QString before = primaryDatabase_->text();
+        pickInto(primaryDatabase_, tr("Primary Weather Database"), kDatabaseFilter, ".mdb", false);
+        if (primaryDatabase_->text() != before)
+            primaryDatabaseChanged();
+    });
+    QPushButton* newDatabase = button(tr("New..."), "newDatabaseButton", page);
+    newDatabase->setToolTip(tr("Makes a new, empty weather database"));
+    connect(newDatabase, &QPushButton::clicked, this, &PreferencesDialog::makeNewDatabase);
+
+    auto* primaryRow = row({primaryDatabase_, pickPrimary, newDatabase});
+    auto* top = new QFormLayout;
+    top->addRow(tr("Primary Weather Database"), primaryRow);
+
+    auto* layout = new QVBoxLayout(page);
+    layout->addLayout(top);
+    layout->addWidget(buildSourceBrowser(page));
+    layout->addStretch();
+    return page;
+}
+
+QWidget* PreferencesDialog::buildSourceBrowser(QWidget* page)
+{
+    auto* frame = new QGroupBox(tr("Source"), page);
+    sourceNumberLabel_ = new QLabel(frame);
+    sourceNumberLabel_->setObjectName("sourceNumberLabel");
+    previousSource_ = button("<", "previousSourceButton", frame);
+    previousSource_->setToolTip(tr("Previous source"));
+    connect(previousSource_, &QPushButton::clicked, this, [this] { step(-1); });
+    QPushButton* next = button(">", "nextSourceButton", frame);
+    next->setToolTip(tr("Next source"));
+    connect(next, &QPushButton::clicked, this, [this] { step(+1); });
+    connect(button(tr("New"), "newSourceButton", frame), &QPushButton::clicked, this,
+            &PreferencesDialog::newSource);
+    saveSource_ = button(tr("Save"), "saveSourceButton", frame);
+    saveSource_->setEnabled(false);
+    connect(saveSource_, &QPushButton::clicked, this, &PreferencesDialog::saveSource);
+
+    sourceName_ = edit("sourceNameEdit", frame);
+    sourceFile_ = edit("sourceFileEdit", frame);
+    sourceDatabase_ = edit("sourceDatabaseEdit", frame);
+    dataId_ = edit("dataIdEdit", frame);
+    logMultiple_ = edit("logMultipleEdit", frame);
+    importFile_ = edit("importFileEdit", frame);
+    exportFile_ = edit("exportFileEdit", frame);
+    for (QLineEdit* box : {sourceDatabase_, logMultiple_, sourceFile_, sourceName_, importFile_, exportFile_})
+        connect(box, &QLineEdit::textEdited, this, [this] { saveSource_->setEnabled(true); });
+
+    QPushButton* pickSource = button("...", "pickSourceFileButton", frame);
+    connect(pickSource, &QPushButton::clicked, this,
+            [this] { pickInto(sourceFile_, tr("Source Filename"), kSourceFileFilter, {}, true); });
+    QPushButton* pickDatabase = button("...", "pickSourceDatabaseButton", frame);
+    connect(pickDatabase, &QPushButton::clicked, this,
+            [this] { pickInto(sourceDatabase_, tr("Weather Database"), kDatabaseFilter, ".mdb", false); });
+    QPushButton* pickImport = button("...", "pickImportFileButton", frame);
+    connect(pickImport, &QPushButton::clicked, this,
+            [this] { pickInto(importFile_, tr("Import Data File"), kImportFileFilter, ".txt", true); });
+    QPushButton* importData = button(tr("Import Data"), "importDataButton", frame);
+    importData->setEnabled(false);  // the history import has its own change to come
+    QPushButton* pickExport = button("...", "pickExportFileButton", frame);
+    connect(pickExport, &QPushButton::clicked, this,
+            [this] { pickInto(exportFile_, tr("Export Data File"), kExportFileFilter, {}, true); });
+
+    auto* typeFrame = new QGroupBox(tr("Source Type"), frame);
+    stationFile_ = new QRadioButton(tr("Heavy Weather"), typeFrame);
+    stationFile_->setObjectName("stationFileRadio");
+    feed_ = new QRadioButton(tr("RSS (xml)"), typeFrame);
+    feed_->setObjectName("feedRadio");
+    stationFile_->setChecked(true);
+    auto* typeLayout = new QHBoxLayout(typeFrame);
+    typeLayout->addWidget(stationFile_);
+    typeLayout->addWidget(feed_);
+    typeLayout->addStretch();
+
+    auto* browser = new QHBoxLayout;
+    browser->addWidget(sourceNumberLabel_);
+    browser->addStretch();
+    for (const char* name : {"previousSourceButton", "nextSourceButton", "newSourceButton", "saveSourceButton"})
+        browser->addWidget(frame->findChild<QPushButton*>(name));
+
+    auto* fields = new QFormLayout;
+    fields->addRow(tr("Source Name"), sourceName_);
+    fields->addRow(tr("Source Filename"), row({sourceFile_, pickSource}));
+    fields->addRow(tr("Weather Database"), row({sourceDatabase_, pickDatabase}));
+    fields->addRow(tr("Data Source ID"), dataId_);
+    fields->addRow(tr("Log Cycle Multipler"), logMultiple_);
+    fields->addRow(QString(), hint(tr(" (0 = off)  See Auto-Refresh tab for Cycle interval"), frame));
+    fields->addRow(tr("Import Data File"), row({importFile_, pickImport, importData}));
+    fields->addRow(tr("Export Data File"), row({exportFile_, pickExport}));
+
+    auto* layout = new QVBoxLayout(frame);
+    layout->addLayout(browser);
+    layout->addLayout(fields);
+    layout->addWidget(typeFrame);
+    return frame;
+}
+
+QWidget* PreferencesDialog::buildGraphTab()
+{
+    auto* page = new QWidget(this);
+    auto* bandwidths = new QGroupBox(tr("X Axis Bandwidth Settings"), page);
+    auto* grid = new QGridLayout;
+    for (int group = 0; group < Preferences::kScaleGroups; ++group) {
+        auto* frame = new QGroupBox(tr(kScaleCaptions[group]), bandwidths);
+        auto* minimum = edit(QString(kScaleNames[group]) + "MinimumEdit", frame);
+        auto* maximum = edit(QString(kScaleNames[group]) + "MaximumEdit", frame);
+        minimum->setMinimumWidth(70);
+        maximum->setMinimumWidth(70);
+        axes_[2 * group] = minimum;
+        axes_[2 * group + 1] = maximum;
+        auto* pair = new QFormLayout(frame);
+        pair->addRow(tr("Min"), minimum);
+        pair->addRow(tr("Max"), maximum);
+        grid->addWidget(frame, group / 3, group % 3);
+    }
+    auto* bandLayout = new QVBoxLayout(bandwidths);
+    bandLayout->addLayout(grid);
+    bandLayout->addWidget(
+        hint(tr("Use these bandwidths to set the lower and upper X values for a graph with that data type."),
+             bandwidths));
+
+    auto* scheme = new QGroupBox(tr("Screen Colour Scheme"), page);
+    screenSample_ = colourSample(tr("On Screen Colours"), "screenColourSample", scheme);
+    QPushButton* text = button(tr("Text Colour"), "screenTextColourButton", scheme);
+    connect(text, &QPushButton::clicked, this, [this] { chooseColour(screenSample_, QPalette::WindowText); });
+    QPushButton* back = button(tr("Back Colour"), "screenBackColourButton", scheme);
+    connect(back, &QPushButton::clicked, this, [this] { chooseColour(screenSample_, QPalette::Window); });
+    auto* schemeLayout = new QHBoxLayout(scheme);
+    schemeLayout->addWidget(screenSample_);
+    schemeLayout->addWidget(text);
+    schemeLayout->addWidget(back);
+    schemeLayout->addStretch();
+
+    auto* layout = new QVBoxLayout(page);
+    layout->addWidget(bandwidths);
+    layout->addWidget(scheme);
+    layout->addStretch();
+    return page;
+}
+
+QWidget* PreferencesDialog::buildExportsTab()
+{
+    auto* page = new QWidget(this);
+    graphicFolder_ = edit("graphicFolderEdit", page);
+    QPushButton* pickFolder = button("...", "pickGraphicFolderButton", page);
+    connect(pickFolder, &QPushButton::clicked, this,
+            [this] { pickInto(graphicFolder_, tr("Export Graph GIF folder"), kPictureFilter, ".gif", false); });
+    rssTemplate_ = edit("rssTemplateEdit", page);
+    QPushButton* pickTemplate = button("...", "pickRssTemplateButton", page);
+    connect(pickTemplate, &QPushButton::clicked, this,
+            [this] { pickInto(rssTemplate_, tr("Export RSS Template"), kTemplateFilter, {}, false); });
+
+    auto* files = new QFormLayout;
+    files->addRow(tr("Export Graph GIF folder"), row({graphicFolder_, pickFolder}));
+    files->addRow(QString(), hint(tr("GIF files to. (eg. c:\\web\\images)"), page));
+    files->addRow(tr("Export RSS Template"), row({rssTemplate_, pickTemplate}));
+
+    auto* scheme = new QGroupBox(tr("GIF File Colour Scheme"), page);
+    exportSample_ = colourSample(tr("Export Colours"), "exportColourSample", scheme);
+    QPushButton* text = button(tr("Text Colour"), "exportTextColourButton", scheme);
+    connect(text, &QPushButton::clicked, this, [this] { chooseColour(exportSample_, QPalette::WindowText); });
+    QPushButton* back = button(tr("Back Colour"), "exportBackColourButton", scheme);
+    connect(back, &QPushButton::clicked, this, [this] { chooseColour(exportSample_, QPalette::Window); });
+    auto* schemeLayout = new QHBoxLayout(scheme);
+    schemeLayout->addWidget(exportSample_);
+    schemeLayout->addWidget(text);
+    schemeLayout->addWidget(back);
+    schemeLayout->addStretch();
+
+    favourites_ = new QListWidget(page);
+    favourites_->setObjectName("favouriteExportList");
+    connect(favourites_, &QListWidget::itemChanged, this, &PreferencesDialog::favouriteChanged);
+
+    auto* layout = new QVBoxLayout(page);
+    layout->addLayout(files);
+    layout->addWidget(scheme);
+    layout->addWidget(new QLabel(tr("Favourites exported as pictures"), page));
+    layout->addWidget(favourites_);
+    layout->addWidget(hint(tr("files will be named wgraph#.gif where # is the Fav. Number (zero based)"), page));
+    return page;
+}
+
+QWidget* PreferencesDialog::buildRefreshTab()
+{
+    auto* page = new QWidget(this);
+    auto* cycle = new QGroupBox(tr("Refresh Cycle Settings"), page);
+    cycleMinutes_ = new QComboBox(cycle);
+    cycleMinutes_->setObjectName("cycleMinutesCombo");
+    cycleMinutes_->addItems({"10", "20", "30", "40", "50", "60"});
+    autoRefresh_ = check(tr("Refresh the current conditions every minute"), "autoRefreshCheck", cycle);
+    autoGraph_ = check(tr("Refresh the history graph every cycle"), "autoGraphCheck", cycle);
+    autoExport_ = check(tr("Write the RSS export file(s) every cycle"), "autoExportCheck", cycle);
+    autoPicture_ = check(tr("Export the graph pictures every cycle"), "autoPictureCheck", cycle);
+    autoDatabase_ = check(tr("Log the readings of all sources into the database every cycle"),
+                          "autoDatabaseCheck", cycle);
+    for (QCheckBox* flag : {autoRefresh_, autoGraph_, autoPicture_})
+        connect(flag, &QCheckBox::clicked, this, [this, flag] { onFlagClicked(flag); });
+
+    auto* minutes = new QFormLayout;
+    minutes->addRow(tr("Cycle in Mins"), cycleMinutes_);
+    auto* cycleLayout = new QVBoxLayout(cycle);
+    cycleLayout->addLayout(minutes);
+    for (QCheckBox* flag : {autoRefresh_, autoGraph_, autoExport_, autoPicture_, autoDatabase_})
+        cycleLayout->addWidget(flag);
+
+    auto* layout = new QVBoxLayout(page);
+    layout->addWidget(cycle);
+    layout->addStretch();
+    return page;
+}
+
+QWidget* PreferencesDialog::buildErrorLogTab()
+{
+    auto* page = new QWidget(this);
+    errorLog_ = edit("errorLogEdit", page);
+    QPushButton* pickLog = button("...", "pickErrorLogButton", page);
+    connect(pickLog, &QPushButton::clicked, this,
+            [this] { pickInto(errorLog_, tr("Error Log Filename"), kErrorLogFilter, ".txt", false); });
+    unattended_ = check(tr("Unattended: errors go to the error log instead of a message box"), "unattendedCheck",
+                        page);
+    errorMail_ = check(tr("When unattended, also mail each error"), "errorMailCheck", page);
+    smtpServer_ = edit("smtpServerEdit", page);
+    smtpUser_ = edit("smtpUserEdit", page);
+    smtpPassword_ = edit("smtpPasswordEdit", page);
+    smtpPassword_->setEchoMode(QLineEdit::Password);
+    sender_ = edit("senderEdit", page);
+    recipients_ = edit("recipientsEdit", page);
+    QPushButton* test = button(tr("test"), "testMailButton", page);
+    test->setToolTip(tr("Sends a test mail with the settings as they are now"));
+    connect(test, &QPushButton::clicked, this, &PreferencesDialog::sendTestMail);
+
+    auto* form = new QFormLayout;
+    form->addRow(tr("Error Log Filename"), row({errorLog_, pickLog}));
+    form->addRow(QString(), unattended_);
+    form->addRow(QString(), errorMail_);
+    form->addRow(tr("SMTP Server Name or IP address"), smtpServer_);
+    form->addRow(tr("SMTP User ID"), smtpUser_);
+    form->addRow(tr("SMTP Password"), smtpPassword_);
+    form->addRow(tr("Sender Address (me)"), sender_);
+    form->addRow(tr("Recipient/s  ( ; )"), recipients_);
+
+    auto* testRow = new QHBoxLayout;
+    testRow->addStretch();
+    testRow->addWidget(test);
+    auto* layout = new QVBoxLayout(page);
+    layout->addLayout(form);
+    layout->addLayout(testRow);
+    layout->addStretch();
+    return page;
+}
+
+// ---- the preferences
+
+void PreferencesDialog::load()
+{
+    const SettingsModel& settings = context_.settings;
+    for (int group = 0; group < Preferences::kScaleGroups; ++group) {
+        axes_[2 * group]->setText(settings.axisMinimum(group));
+        axes_[2 * group + 1]->setText(settings.axisMaximum(group));
+    }
+    graphicFolder_->setText(settings.graphicFolder());
+    primaryDatabase_->setText(settings.database());
+    errorLog_->setText(settings.errorLog());
+    smtpServer_->setText(settings.errorSmtp());
+    smtpUser_->setText(settings.errorUser());
+    smtpPassword_->setText(settings.errorPassword());
+    sender_->setText(settings.errorFrom());
+    recipients_->setText(settings.errorTo());
+    rssTemplate_->setText(settings.rssFile());
+    cycleMinutes_->setCurrentIndex(qBound(0, settings.intervalPosition(), cycleMinutes_->count() - 1));
+    autoRefresh_->setChecked(settings.autoRefresh());
+    autoGraph_->setChecked(settings.autoGraph());
+    autoExport_->setChecked(settings.autoExport());
+    autoPicture_->setChecked(settings.autoPicture());
+    autoDatabase_->setChecked(settings.autoDatabase());
+    unattended_->setChecked(settings.unattended());
+    errorMail_->setChecked(settings.errorMail());
+    setSampleColours(screenSample_, settings.fontColour(), settings.backColour());
+    setSampleColours(exportSample_, settings.fontColourExport(), settings.backColourExport());
+    autoPicture_->setEnabled(autoRefresh_->isChecked() && autoGraph_->isChecked());
+    primaryDatabaseChanged();
+}
+
+void PreferencesDialog::primaryDatabaseChanged()
+{
+    fillFavourites();
+    const auto clearIfNone = [this](bool found) {
+        if (!found)
+            clearSourceFields();  // a database without sources: start afresh
+    };
+    const int shown = sourceNumber_;
+    showSource(shown, [this, shown, clearIfNone](bool found) {
+        if (!found && shown != 0)
+            showSource(0, clearIfNone);
+        else
+            clearIfNone(found);
+    });
+}
+
+void PreferencesDialog::applyToSettings()
+{
+    Preferences values = context_.settings.snapshot();
+    for (int group = 0; group < Preferences::kScaleGroups; ++group) {
+        values.axisMinimum[group] = axes_[2 * group]->text();
+        values.axisMaximum[group] = axes_[2 * group + 1]->text();
+    }
+    values.graphicFolder = graphicFolder_->text();
+    values.database = primaryDatabase_->text();
+    values.errorLog = errorLog_->text();
+    values.errorSmtp = smtpServer_->text();
+    values.errorUser = smtpUser_->text();
+    values.errorPassword = smtpPassword_->text();
+    values.errorFrom = sender_->text();
+    values.errorTo = recipients_->text();
+    values.rssFile = rssTemplate_->text();
+    values.intervalPosition = cycleMinutes_->currentIndex();
+    values.autoRefresh = autoRefresh_->isChecked();
+    values.autoGraph = autoGraph_->isChecked();
+    values.autoExport = autoExport_->isChecked();
+    values.autoPicture = autoPicture_->isChecked();
+    values.autoDatabase = autoDatabase_->isChecked();
+    values.unattended = unattended_->isChecked();
+    values.errorMail = errorMail_->isChecked();
+    values.fontColour = sampleColour(screenSample_, QPalette::WindowText);
+    values.backColour = sampleColour(screenSample_, QPalette::Window);
+    values.fontColourExport = sampleColour(exportSample_, QPalette::WindowText);
+    values.backColourExport = sampleColour(exportSample_, QPalette::Window);
+    context_.settings.replace(values);
+}
+
+bool PreferencesDialog::validate()
+{
+    QString message;
+    // Rainfall (the last pair) may run either way: it is not checked.
+    for (int group = 0; group < Preferences::kScaleGroups - 1; ++group) {
+        const double minimum = NumberText::leadingNumber(axes_[2 * group]->text());
+        const double maximum = NumberText::leadingNumber(axes_[2 * group + 1]->text());
+        if (minimum >= maximum)
+            message += tr(kScaleCaptions[group]) + tr(" Minimum is greater than or equal to Maximum") + "\r\n";
+    }
+    if (graphicFolder_->text().endsWith(u'\\'))
+        graphicFolder_->setText(graphicFolder_->text().chopped(1));
+    if (message.isEmpty())
+        return true;
+    context_.environment.boxes.show(tr("Invalid settings"), message, MessageBoxes::Icon::Exclamation);
+    return false;
+}
+
+void PreferencesDialog::accept()
+{
+    if (!validate())
+        return;
+    applyToSettings();
+    QString error;
+    if (!context_.settings.save(context_.store, error)) {
+        context_.environment.errors.report("\r\nSave Settings Error: " + error);
+        return;
+    }
+    QDialog::accept();
+}
+
+void PreferencesDialog::reject()
+{
+    // The edits stay in effect for the rest of the run; they are not saved.
+    applyToSettings();
+    QDialog::reject();
+}
+
+// ---- pickers, colours, database, mail
+
+void PreferencesDialog::pickInto(QLineEdit* box, const QString& title, const QString& filter,
+                                 const QString& extension, bool enablesSourceSave)
+{
+    QString chosen = context_.choosers.openFile(this, title, filter);
+    if (chosen.isEmpty())
+        return;  // cancelled: the box keeps its text
+    if (!extension.isEmpty())
+        chosen = withExtension(chosen, extension);
+    box->setText(chosen);
+    if (enablesSourceSave)
+        saveSource_->setEnabled(true);
+}
+
+void PreferencesDialog::chooseColour(QLabel* sample, QPalette::ColorRole role)
+{
+    const std::optional<QColor> chosen = context_.choosers.colour(this, sample->palette().color(role));
+    if (!chosen)
+        return;
+    QPalette palette = sample->palette();
+    palette.setColor(role, *chosen);
+    sample->setPalette(palette);
+}
+
+void PreferencesDialog::makeNewDatabase()
+{
+    QString path = context_.choosers.newFile(this, tr("New Weather Database"), kDatabaseFilter);
+    if (path.isEmpty())
+        return;
+    path = withExtension(path, ".mdb");
+    context_.database.request<QString>(
+        this,
+        [path] {
+            const mdb::Status created = NimbrelSchema::createDatabase(path.toStdString());
+            return created ? QString() : QString::fromStdString(created.error().message);
+        },
+        [this, path](const QString& error) {
+            if (error.isEmpty()) {
+                primaryDatabase_->setText(path);
+                primaryDatabaseChanged();
+            } else {
+                context_.environment.boxes.show(tr("New Weather Database"),
+                                                tr("The database could not be made:\r\n") + error,
+                                                MessageBoxes::Icon::Exclamation);
+            }
+            emit databaseWorkDone();
+        });
+}
+
+void PreferencesDialog::sendTestMail()
+{
+    if (!context_.sendTestMail)
+        return;
+    applyToSettings();  // the mail goes out with the fields as they are now
+    context_.database.request<bool>(this, context_.sendTestMail, [this](const bool&) { emit databaseWorkDone(); });
+}
+
+// ---- the source browser
+
+void PreferencesDialog::setSourceNumber(int number)
+{
+    sourceNumber_ = number;
+    sourceNumberLabel_->setText(tr("Source No.") + QString::number(number));
+    previousSource_->setEnabled(number > 0);
+}
+
+void PreferencesDialog::showSourceFields(const WeatherSource& source, int number)
+{
+    setSourceNumber(number);
+    sourceName_->setText(source.sourceName());
+    sourceFile_->setText(source.sourceFileName());
+    sourceDatabase_->setText(source.sourceDatabase());
+    dataId_->setText(QString::number(source.dataID()));
+    importFile_->setText(source.importFileName());
+    exportFile_->setText(source.exportFileName());
+    logMultiple_->setText(QString::number(source.logMultiple()));
+    (source.sourceKind() == SourceKind::StationFile ? stationFile_ : feed_)->setChecked(true);
+}
+
+void PreferencesDialog::clearSourceFields()
+{
+    for (QLineEdit* box : {sourceName_, sourceFile_, sourceDatabase_, dataId_, importFile_, exportFile_, logMultiple_})
+        box->clear();
+    stationFile_->setChecked(true);
+}
+
+void PreferencesDialog::showSource(int number, std::function<void(bool)> done)
+{
+    const QString path = primaryDatabase_->text();
+    const Environment& environment = context_.environment;
+    using Found = std::shared_ptr<WeatherSource>;
+    context_.database.request<Found>(
+        this,
+        [path, number, &environment]() -> Found {
+            auto source = std::make_shared<WeatherSource>(environment);
+            return source->load(path, number) ? source : nullptr;
+        },
+        [this, number, done](const Found& source) {
+            if (source)
+                showSourceFields(*source, number);
+            else if (number == sourceNumber_)
+                setSourceNumber(number);  // the caption at least, on an empty table
+            if (done)
+                done(source != nullptr);
+            emit databaseWorkDone();
+        });
+}
+
+void PreferencesDialog::step(int direction)
+{
+    const int candidate = sourceNumber_ + direction;
+    if (candidate < 0)
+        return;
+    showSource(candidate);
+}
+
+void PreferencesDialog::newSource()
+{
+    for (QLineEdit* box : {sourceName_, sourceFile_, sourceDatabase_, importFile_, exportFile_})
+        box->clear();
+    context_.environment.boxes.show(tr("New Source"), tr("Enter the Source details and press Save"),
+                                    MessageBoxes::Icon::Information);
+    const QString path = primaryDatabase_->text();
+    const Environment& environment = context_.environment;
+    const int first = sourceNumber_;
+    context_.database.request<int>(
+        this,
+        [path, first, &environment] {
+            WeatherSource probe(environment);
+            int number = first;
+            while (number < std::numeric_limits<int>::max() && probe.load(path, number))
+                ++number;
+            return number;
+        },
+        [this](const int& number) {
+            dataId_->setText(QString::number(number));
+            setSourceNumber(number);
+            emit databaseWorkDone();
+        });
+}
+
+void PreferencesDialog::saveSource()
+{
+    MessageBoxes& boxes = context_.environment.boxes;
+    if (sourceName_->text().isEmpty()) {
+        boxes.show(tr("Saving new source"), tr("Fill in all fields first"), MessageBoxes::Icon::Exclamation);
+        sourceName_->setFocus();
+        return;
+    }
+    if (sourceFile_->text().isEmpty()) {
+        boxes.show(tr("Saving new source"), tr("Warning, you have not set the input source"),
+                   MessageBoxes::Icon::Exclamation);
+        sourceFile_->setFocus();
+    }
+    auto source = std::make_shared<WeatherSource>(context_.environment);
+    source->setSourceName(sourceName_->text());
+    source->setSourceFileName(sourceFile_->text());
+    source->setSourceDatabase(sourceDatabase_->text());
+    source->setDataID(wholeNumber(dataId_->text()));
+    source->setImportFileName(importFile_->text());
+    source->setExportFileName(exportFile_->text());
+    source->setLogMultiple(wholeNumber(logMultiple_->text()));
+    source->setSourceKind(stationFile_->isChecked() ? SourceKind::StationFile : SourceKind::Feed);
+
+    const QString path = primaryDatabase_->text();
+    const int number = sourceNumber_;
+    using Saved = std::optional<int>;
+    context_.database.request<Saved>(
+        this,
+        [source, path, number]() -> Saved {
+            qint32 key = number;
+            return source->save(path, key) ? Saved(key) : std::nullopt;
+        },
+        [this](const Saved& key) {
+            if (key) {
+                // A new source gets the next free key, which may differ from
+                // the number offered: show the one it has.
+                setSourceNumber(*key);
+                saveSource_->setEnabled(false);
+            }
+            emit databaseWorkDone();
+        });
+}
+
+// ---- flags and favourites
+
+void PreferencesDialog::onFlagClicked(QCheckBox* flag)
+{
+    MessageBoxes& boxes = context_.environment.boxes;
+    const auto refuse = [&boxes, flag](const QString& text, QLineEdit* missing) {
+        boxes.show(QApplication::applicationDisplayName(), text, MessageBoxes::Icon::Exclamation);
+        flag->setChecked(false);
+        missing->setFocus();
+    };
+    if (flag == autoPicture_ && flag->isChecked() && graphicFolder_->text().isEmpty())
+        refuse(tr("Set the Graph Picture folder first"), graphicFolder_);
+    else if (flag == autoGraph_ && flag->isChecked() && importFile_->text().isEmpty())
+        refuse(tr("Set the History file first"), importFile_);
+    else if (flag == autoRefresh_ && flag->isChecked() && sourceFile_->text().isEmpty())
+        refuse(tr("Set the currdat.lst file first"), sourceFile_);
+    if (flag == autoRefresh_ || flag == autoGraph_)
+        updatePictureFlag();
+}
+
+void PreferencesDialog::updatePictureFlag()
+{
+    const bool allowed = autoRefresh_->isChecked() && autoGraph_->isChecked();
+    autoPicture_->setEnabled(allowed);
+    if (!allowed)
+        autoPicture_->setChecked(false);
+}
+
+void PreferencesDialog::fillFavourites()
+{
+    const QString path = primaryDatabase_->text();
+    const Environment& environment = context_.environment;
+    using Favourites = QList<SourceLists::FavouriteExport>;
+    context_.database.request<Favourites>(
+        this, [path, &environment] { return SourceLists::favouriteExports(path, environment); },
+        [this](const Favourites& favourites) {
+            filling_ = true;
+            favourites_->clear();
+            for (const SourceLists::FavouriteExport& favourite : favourites) {
+                auto* item = new QListWidgetItem(favourite.name, favourites_);
+                item->setData(Qt::UserRole, favourite.key);
+                item->setFlags(item->flags() | Qt::ItemIsUserCheckable);
+                item->setCheckState(favourite.exported ? Qt::Checked : Qt::Unchecked);
+            }
+            filling_ = false;
+            emit databaseWorkDone();
+        });
+}
+
+void PreferencesDialog::favouriteChanged(QListWidgetItem* item)
+{
+    if (filling_)
+        return;
+    const QString path = primaryDatabase_->text();
+    const Environment& environment = context_.environment;
+    const qint32 key = item->data(Qt::UserRole).toInt();
+    const bool exported = item->checkState() == Qt::Checked;
+    context_.database.request<bool>(
+        this, [path, key, exported, &environment] { return SourceLists::setFavouriteExport(path, key, exported, environment); },
+        [this, key, exported](const bool& stored) {
+            if (!stored)
+                showFavouriteMark(key, !exported);  // the table keeps its mark: so does the list
+            emit databaseWorkDone();
+        });
+}
+
+void PreferencesDialog::showFavouriteMark(qint32 key, bool exported)
+{
+    filling_ = true;
+    for (int i = 0; i < favourites_->count(); ++i) {
+        QListWidgetItem* item = favourites_->item(i);
+        if (item->data(Qt::UserRole).toInt() == key)
+            item->setCheckState(exported ? Qt::Checked : Qt::Unchecked);
+    }
+    filling_ = false;
+}
