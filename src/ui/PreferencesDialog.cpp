@@ -214,7 +214,7 @@ QWidget* PreferencesDialog::buildSourceBrowser(QWidget* page)
             [this] { pickInto(sourceFile_, tr("Source Filename"), kSourceFileFilter, {}, true); });
     QPushButton* pickDatabase = button("...", "pickSourceDatabaseButton", frame);
     connect(pickDatabase, &QPushButton::clicked, this,
-            [this] { pickInto(sourceDatabase_, tr("Weather Database"), kDatabaseFilter, ".mdb", false); });
+            [this] { pickInto(sourceDatabase_, tr("Weather Database"), kDatabaseFilter, ".mdb", true); });
     QPushButton* pickImport = button("...", "pickImportFileButton", frame);
     connect(pickImport, &QPushButton::clicked, this,
             [this] { pickInto(importFile_, tr("Import Data File"), kImportFileFilter, ".txt", true); });
@@ -447,16 +447,16 @@ void PreferencesDialog::load()
 void PreferencesDialog::primaryDatabaseChanged()
 {
     fillFavourites();
-    const auto clearIfNone = [this](bool found) {
+    const auto blankIfNone = [this](bool found) {
         if (!found)
-            clearSourceFields();  // a database without sources: start afresh
+            showBlankSource();  // a database without sources: start with a blank one
     };
     const int shown = sourceNumber_;
-    showSource(shown, [this, shown, clearIfNone](bool found) {
+    showSource(shown, [this, shown, blankIfNone](bool found) {
         if (!found && shown != 0)
-            showSource(0, clearIfNone);
+            showSource(0, blankIfNone);
         else
-            clearIfNone(found);
+            blankIfNone(found);
     });
 }
 
@@ -609,10 +609,12 @@ void PreferencesDialog::showSourceFields(const WeatherSource& source, int number
     (source.sourceKind() == SourceKind::StationFile ? stationFile_ : feed_)->setChecked(true);
 }
 
-void PreferencesDialog::clearSourceFields()
+void PreferencesDialog::showBlankSource()
 {
-    for (QLineEdit* box : {sourceName_, sourceFile_, sourceDatabase_, dataId_, importFile_, exportFile_, logMultiple_})
+    for (QLineEdit* box : {sourceName_, sourceFile_, sourceDatabase_, importFile_, exportFile_})
         box->clear();
+    dataId_->setText("0");
+    logMultiple_->setText("1");  // a new source logs every cycle unless told otherwise
     stationFile_->setChecked(true);
 }
 
@@ -772,7 +774,10 @@ void PreferencesDialog::favouriteChanged(QListWidgetItem* item)
     const qint32 key = item->data(Qt::UserRole).toInt();
     const bool exported = item->checkState() == Qt::Checked;
     context_.database.request<bool>(
-        this, [path, key, exported, &environment] { return SourceLists::setFavouriteExport(path, key, exported, environment); },
+        this,
+        [path, key, exported, &environment] {
+            return SourceLists::setFavouriteExport(path, key, exported, environment);
+        },
         [this, key, exported](const bool& stored) {
             if (!stored)
                 showFavouriteMark(key, !exported);  // the table keeps its mark: so does the list

@@ -91,7 +91,8 @@ private:
 
     // The Primary database box has a new file: its favourites and sources.
     void primaryDatabaseChanged();
-    void clearSourceFields();
+    // Empty fields for a database without sources (logging every cycle).
+    void showBlankSource();
     void showSourceFields(const WeatherSource& source, int number);
     void step(int direction);
     void newSource();

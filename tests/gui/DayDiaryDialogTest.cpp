@@ -45,7 +45,8 @@ class DayDiaryDialogTest : public QObject {
         void settle() const
         {
             bool drained = false;
-            worker.service->request<bool>(dialog.get(), [] { return true; }, [&drained](const bool&) { drained = true; });
+            worker.service->request<bool>(
+                dialog.get(), [] { return true; }, [&drained](const bool&) { drained = true; });
             QTRY_VERIFY_WITH_TIMEOUT(drained, 10000);
         }
     };

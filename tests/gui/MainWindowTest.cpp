@@ -1,4 +1,5 @@
 #include "core/cycle/DemoStation.h"
+#include "core/db/DatabaseSession.h"
 #include "ui/AboutDialog.h"
 #include "ui/ConditionsPanel.h"
 #include "ui/DayDiaryDialog.h"
@@ -16,6 +17,7 @@
 #include "ScriptedChoosers.h"
 
 #include <QAction>
+#include <QCheckBox>
 #include <QComboBox>
 #include <QDir>
 #include <QFile>
@@ -226,6 +228,72 @@ private slots:
                                "\r\nPlease setup your preferences under the Options Menu");
         QCOMPARE(box.icon, MessageBoxes::Icon::Information);
         QCOMPARE(find<QComboBox>(run->window.get(), "currentSourceCombo")->count(), 0);
+    }
+
+    // A new user's first run: a database made from the preferences, a source
+    // on the station's file, logging on; at the next ten-minute mark the
+    // first reading is in the database. (The pictures of the README's set-up
+    // walk come from here.)
+    void aNewUserSetsUpTheirOwnStation()
+    {
+        auto run = start(true);
+        const QString stationFile = run->folder.file("station/currdat.lst");
+        QDir().mkpath(run->folder.file("station"));
+        QString error;
+        QVERIFY2(StationSimulator::writeCurrentDataFile(stationFile, kNow, error), qPrintable(error));
+
+        find<QAction>(run->window.get(), "preferencesAction")->trigger();
+        auto* dialog = find<PreferencesDialog>(run->window.get(), "preferencesDialog");
+        const QString database = run->folder.file("My Weather.mdb");
+        run->choosers.files = {run->folder.file("My Weather")};
+        find<QPushButton>(dialog, "newDatabaseButton")->click();
+        QTRY_COMPARE(find<QLineEdit>(dialog, "primaryDatabaseEdit")->text(), database);
+        find<QPushButton>(dialog, "newSourceButton")->click();
+        QTRY_COMPARE(find<QLabel>(dialog, "sourceNumberLabel")->text(), QString("Source No.0"));
+        QTest::keyClicks(find<QLineEdit>(dialog, "sourceNameEdit"), "Back Garden");
+        run->choosers.files = {stationFile, database};
+        find<QPushButton>(dialog, "pickSourceFileButton")->click();
+        find<QPushButton>(dialog, "pickSourceDatabaseButton")->click();
+        find<QLineEdit>(dialog, "logMultipleEdit")->setText("1");
+        saveGrab(dialog, "setup-source.png");
+        find<QPushButton>(dialog, "saveSourceButton")->click();
+        QTRY_VERIFY(!find<QPushButton>(dialog, "saveSourceButton")->isEnabled());
+
+        find<QTabWidget>(dialog, "preferencesTabs")->setCurrentIndex(3);
+        find<QCheckBox>(dialog, "autoRefreshCheck")->click();
+        find<QCheckBox>(dialog, "autoDatabaseCheck")->click();
+        saveGrab(dialog, "setup-auto-refresh.png");
+        find<QPushButton>(dialog, "okButton")->click();
+        QVERIFY(!dialog->isVisible());
+        QCOMPARE(QSettings(run->folder.file("fresh.ini"), QSettings::IniFormat).value("Data/Database").toString(),
+                 database);
+
+        auto* sources = find<QComboBox>(run->window.get(), "currentSourceCombo");
+        QTRY_COMPARE(sources->currentText(), QString("Back Garden"));
+        run->window->timer()->stop();
+        QTest::qWait(100);  // the cycle's last tick has finished
+        run->clock.set(QDateTime(kNow.date(), QTime(14, 30)));
+        run->window->timer()->start(20);
+        QTRY_COMPARE_WITH_TIMEOUT(historyRows(database, run->environment), 1, 10000);
+        QStringList messages;
+        for (const auto& box : run->boxes.boxes())
+            messages << box.title;
+        QCOMPARE(messages, (QStringList{"New Setup", "New Source", "New Source Added"}));
+        QVERIFY(run->errors.empty());
+        run->window->statusBar()->clearMessage();
+        saveGrab(run->window.get(), "setup-first-reading.png");
+    }
+
+    static int historyRows(const QString& database, const Environment& environment)
+    {
+        auto session = DatabaseSession::open(database, DatabaseSession::Access::Read, environment);
+        if (!session)
+            return -1;
+        auto table = (*session)->table("History");
+        int rows = 0;
+        if (!table || !(*session)->scan(*table, [&rows](const mdb::Row&) { ++rows; return true; }))
+            return -1;
+        return rows;
     }
 
     // Through the menu's own actions, as a click runs them.

@@ -62,7 +62,8 @@ class PreferencesDialogTest : public QObject {
         void settle() const
         {
             bool drained = false;
-            worker.service->request<bool>(dialog.get(), [] { return true; }, [&drained](const bool&) { drained = true; });
+            worker.service->request<bool>(
+                dialog.get(), [] { return true; }, [&drained](const bool&) { drained = true; });
             QTRY_VERIFY_WITH_TIMEOUT(drained, 10000);
         }
     };
@@ -75,8 +76,12 @@ class PreferencesDialogTest : public QObject {
         addSources(*run, sources);
         run->settings.load(run->store, run->folder.path(), run->errors);
         run->settings.setDatabase(run->database);
-        PreferencesContext context{run->settings,          run->store,   run->environment, *run->worker.service,
-                                   run->choosers,          [raw = run.get()] { ++raw->testMails; return true; }};
+        const auto testMail = [raw = run.get()] {
+            ++raw->testMails;
+            return true;
+        };
+        PreferencesContext context{run->settings, run->store,    run->environment, *run->worker.service,
+                                   run->choosers, testMail};
         run->dialog = std::make_unique<PreferencesDialog>(context);
         run->dialog->load();
         run->dialog->show();
