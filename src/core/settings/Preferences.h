@@ -33,10 +33,12 @@ struct Preferences {
     bool autoDatabase = false;
     bool unattended = false;
     bool errorMail = false;
-    qint32 fontColour = 0x000000;        // black text
-    qint32 backColour = 0xFFFFFF;        // on white
-    qint32 fontColourExport = 0x000000;
-    qint32 backColourExport = 0xFFFFFF;
+    // Light text on a dark ground, on which the bright default trace colours
+    // (cyan, green, red, magenta, yellow...) stand out.
+    qint32 fontColour = 0xE6E6E6;        // light grey text
+    qint32 backColour = 0x201814;        // on a dark blue-grey
+    qint32 fontColourExport = 0xE6E6E6;
+    qint32 backColourExport = 0x201814;
 
     bool operator==(const Preferences&) const = default;
 };

@@ -1,0 +1,170 @@
+#include "core/graphs/Favourites.h"
+
+#include "core/db/DatabaseSession.h"
+#include "core/db/NimbrelSchema.h"
+#include "core/errors/ErrorReporter.h"
+
+#include <QHash>
+
+#include <algorithm>
+
+namespace Favourites {
+
+namespace {
+
+void report(const Environment& environment, const char* prefix, const mdb::Error& error)
+{
+    environment.errors.report("\r\n" + QString(prefix) + QString::fromStdString(error.message));
+}
+
+// The key the database gave the row just added at `added`.
+mdb::Result<qint32> keyOfAdded(DatabaseSession& session, const SessionTable& favourites, const QString& name,
+                               mdb::RowPointer added)
+{
+    auto rows = session.rowsWhere(favourites, {{"FavName", name}});
+    if (!rows)
+        return rows.error();
+    for (const mdb::Row& row : *rows) {
+        if (row.location == added)
+            return favourites.value(row, "FavID").toInt();
+    }
+    return mdb::corruption("the favourite just added cannot be found again");
+}
+
+mdb::Result<qint32> saveRows(const QString& databasePath, const QString& name, const Favourite& favourite,
+                             const Environment& environment)
+{
+    auto session = DatabaseSession::open(databasePath, DatabaseSession::Access::Write, environment);
+    if (!session)
+        return session.error();
+    auto favourites = (*session)->table("Favorites", NimbrelSchema::columnNames("Favorites"));
+    auto traces = (*session)->table("Traces", NimbrelSchema::columnNames("Traces"));
+    if (!favourites)
+        return favourites.error();
+    if (!traces)
+        return traces.error();
+    auto added = (*session)->insert(
+        *favourites, {{"FavName", name}, {"DayOnly", favourite.dayOnly}, {"DateRange", favourite.dateRange}});
+    if (!added)
+        return added.error();
+    auto favID = keyOfAdded(**session, *favourites, name, *added);
+    if (!favID)
+        return favID.error();
+    qint32 traceID = 0;
+    for (const TraceEntry& trace : favourite.traces) {
+        auto row = (*session)->insert(*traces, {{"TraceID", ++traceID},
+                                                {"FavID", *favID},
+                                                {"SourceID", trace.sourceID},
+                                                {"TraceColor", trace.colour},
+                                                {"DataType", trace.dataType},
+                                                {"Offset", trace.offset},
+                                                {"ShowNotes", trace.showNotes}});
+        if (!row)
+            return row.error();
+    }
+    if (mdb::Status committed = (*session)->commit(); !committed)
+        return committed.error();
+    return *favID;
+}
+
+struct TraceRow {
+    qint32 traceID;
+    TraceEntry entry;
+};
+
+mdb::Result<Favourite> loadRows(const QString& databasePath, qint32 favID,
+                                const std::vector<std::shared_ptr<WeatherSource>>& sources,
+                                const Environment& environment)
+{
+    auto session = DatabaseSession::open(databasePath, DatabaseSession::Access::Read, environment);
+    if (!session)
+        return session.error();
+    auto favourites = (*session)->table("Favorites", {"FavID", "DayOnly", "DateRange"});
+    auto traces = (*session)->table("Traces", NimbrelSchema::columnNames("Traces"));
+    auto sourceTable = (*session)->table("Sources", {"SourceID", "SourceName"});
+    for (const auto* table : {&favourites, &traces, &sourceTable}) {
+        if (!*table)
+            return table->error();
+    }
+    auto favouriteRows = (*session)->rowsWhere(*favourites, {{"FavID", favID}});
+    if (!favouriteRows)
+        return favouriteRows.error();
+    Favourite favourite;
+    if (favouriteRows->empty())
+        return favourite;
+    favourite.dayOnly = favourites->value(favouriteRows->front(), "DayOnly").toBool();
+    favourite.dateRange = favourites->value(favouriteRows->front(), "DateRange").toInt();
+
+    QHash<qint32, QString> sourceNames;
+    mdb::Status scanned = (*session)->scan(*sourceTable, [&](const mdb::Row& row) {
+        sourceNames.insert(sourceTable->value(row, "SourceID").toInt(), sourceTable->value(row, "SourceName").toString());
+        return true;
+    });
+    if (!scanned)
+        return scanned.error();
+
+    auto traceRows = (*session)->rowsWhere(*traces, {{"FavID", favID}});
+    if (!traceRows)
+        return traceRows.error();
+    std::vector<TraceRow> ordered;
+    for (const mdb::Row& row : *traceRows) {
+        const qint32 sourceID = traces->value(row, "SourceID").toInt();
+        if (!sourceNames.contains(sourceID))
+            continue;  // its source has been removed
+        TraceEntry entry;
+        entry.sourceID = sourceID;
+        entry.sourceName = sourceNames.value(sourceID);
+        entry.colour = traces->value(row, "TraceColor").toInt();
+        entry.dataType = traces->value(row, "DataType").toInt();
+        entry.offset = traces->value(row, "Offset").toInt();
+        entry.showNotes = traces->value(row, "ShowNotes").toBool();
+        ordered.push_back({traces->value(row, "TraceID").toInt(), entry});
+    }
+    std::stable_sort(ordered.begin(), ordered.end(),
+                     [](const TraceRow& a, const TraceRow& b) { return a.traceID < b.traceID; });
+    for (TraceRow& row : ordered) {
+        const auto loaded = std::find_if(sources.begin(), sources.end(), [&row](const auto& source) {
+            return source->sourceID() == row.entry.sourceID;
+        });
+        if (loaded == sources.end())
+            return mdb::notFound("source " + std::to_string(row.entry.sourceID) +
+                                        " is not among the loaded sources; restart Nimbrel to load it");
+        row.entry.sourceDatabase = (*loaded)->sourceDatabase();
+        row.entry.dataID = (*loaded)->dataID();
+        favourite.traces.push_back(std::move(row.entry));
+    }
+    return favourite;
+}
+
+}  // namespace
+
+qint32 save(const QString& databasePath, const QString& name, const Favourite& favourite,
+            const Environment& environment)
+{
+    if (databasePath.isEmpty())
+        return 0;
+    BusyScope busy(environment.busy);
+    auto saved = saveRows(databasePath, name, favourite, environment);
+    if (!saved) {
+        report(environment, "Save Fav Error: ", saved.error());
+        return 0;
+    }
+    return *saved;
+}
+
+std::optional<Favourite> load(const QString& databasePath, qint32 favID,
+                              const std::vector<std::shared_ptr<WeatherSource>>& sources,
+                              const Environment& environment)
+{
+    if (databasePath.isEmpty())
+        return std::nullopt;
+    BusyScope busy(environment.busy);
+    auto loaded = loadRows(databasePath, favID, sources, environment);
+    if (!loaded) {
+        report(environment, "Load Fav Error: ", loaded.error());
+        return std::nullopt;
+    }
+    return *loaded;
+}
+
+}  // namespace Favourites
