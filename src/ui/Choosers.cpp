@@ -2,6 +2,8 @@
 
 #include <QColorDialog>
 #include <QFileDialog>
+#include <QInputDialog>
+#include <QLineEdit>
 #include <QStringList>
 
 QString qtFileFilter(const QString& filter)
@@ -52,4 +54,14 @@ std::optional<QColor> SystemChoosers::colour(QWidget* parent, const QColor& init
     if (!chosen.isValid())
         return std::nullopt;
     return chosen;
+}
+
+std::optional<QString> SystemChoosers::text(QWidget* parent, const QString& title, const QString& prompt,
+                                            const QString& initial)
+{
+    bool ok = false;
+    const QString answer = QInputDialog::getText(parent, title, prompt, QLineEdit::Normal, initial, &ok);
+    if (!ok)
+        return std::nullopt;
+    return answer;
 }

@@ -7,7 +7,8 @@
 
 class QWidget;
 
-// The platform's choosers a window asks the user with: files and colours.
+// The platform's choosers a window asks the user with: files, colours and
+// a line of text.
 // Windows take one, so that tests can answer in the user's place.
 class Choosers {
 public:
@@ -19,6 +20,9 @@ public:
     virtual QString newFile(QWidget* parent, const QString& title, const QString& filter) = 0;
     // A colour, or nothing when the user cancelled.
     virtual std::optional<QColor> colour(QWidget* parent, const QColor& initial) = 0;
+    // A line of text, `initial` offered; nothing when the user cancelled.
+    virtual std::optional<QString> text(QWidget* parent, const QString& title, const QString& prompt,
+                                        const QString& initial) = 0;
 };
 
 // The platform's file and colour dialogs.
@@ -27,6 +31,8 @@ public:
     QString openFile(QWidget* parent, const QString& title, const QString& filter) override;
     QString newFile(QWidget* parent, const QString& title, const QString& filter) override;
     std::optional<QColor> colour(QWidget* parent, const QColor& initial) override;
+    std::optional<QString> text(QWidget* parent, const QString& title, const QString& prompt,
+                                const QString& initial) override;
 };
 
 // A filter of the program's form ("Data File|currdat.lst;*.txt|All Files|*.*")

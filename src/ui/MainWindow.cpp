@@ -3,6 +3,9 @@
 #include "ui/AboutDialog.h"
 #include "ui/ConditionsPanel.h"
 #include "ui/DayDiaryDialog.h"
+#include "ui/GraphController.h"
+#include "ui/HistoryGraphTab.h"
+#include "ui/HistoryDataTab.h"
 #include "ui/PreferencesDialog.h"
 #include "core/cycle/CycleWorker.h"
 #include "ui/StatusPanels.h"
@@ -65,19 +68,11 @@ MainWindow::MainWindow(SettingsModel& settings, const Environment& environment, 
     setWindowTitle(QApplication::applicationDisplayName());
     setWindowIcon(WeatherIcons::applicationIcon());
 
-    auto* tabs = new QTabWidget(this);
-    tabs->setObjectName("mainTabs");
-    tabs->addTab(buildConditionsTab(), tr("Current Conditions"));
-    tabs->addTab(buildExportsTab(), tr("Exports"));
-    setCentralWidget(tabs);
-    statusPanels_ = new StatusPanels(statusBar());
-    buildMenus();
-
     timing_ = new QTimer(this);
     timing_->setObjectName("refreshTimer");
     timing_->setInterval(kTickMs);
 
-    worker_ = new CycleWorker(settings_, environment_);
+    worker_ = new CycleWorker(settings_, environment_, &renderer_);
     worker_->moveToThread(&workerThread_);
     connect(&workerThread_, &QThread::finished, worker_, &QObject::deleteLater);
     database_ = new DatabaseService(environment_);
@@ -87,6 +82,18 @@ MainWindow::MainWindow(SettingsModel& settings, const Environment& environment, 
     connect(worker_, &CycleWorker::readingShown, this, &MainWindow::showReading);
     connect(worker_, &CycleWorker::trayStateChanged, this, &MainWindow::setTrayIcon);
     connect(timing_, &QTimer::timeout, this, [this] { worker_->requestTick(); });
+    graph_ = new GraphController(worker_, environment_, tools_.choosers, this);
+
+    auto* tabs = new QTabWidget(this);
+    tabs->setObjectName("mainTabs");
+    tabs->addTab(buildConditionsTab(), tr("Current Conditions"));
+    tabs->addTab(graph_->graphTab(), tr("History Graph"));
+    tabs->addTab(graph_->dataTab(), tr("History Data"));
+    tabs->addTab(buildExportsTab(), tr("Exports"));
+    setCentralWidget(tabs);
+    statusPanels_ = new StatusPanels(statusBar());
+    buildMenus();
+
     workerThread_.setObjectName("Refresh cycle");
     workerThread_.start();
 
@@ -141,14 +148,17 @@ QWidget* MainWindow::buildExportsTab()
     rssLayout->addLayout(rssRow);
 
     auto* picture = new QGroupBox(tr("Test Picture Export"), page);
-    auto* exportPicture = new QPushButton(tr("Export Picture"), picture);
+    auto* exportPicture = new QPushButton(tr("Dump current Graph to GIF file wgraph0.gif"), picture);
     exportPicture->setObjectName("exportPictureButton");
-    exportPicture->setEnabled(false);  // pictures come with the history graph
+    exportPicture->setToolTip(tr("Saves to export folder as set in prefs."));
+    connect(exportPicture, &QPushButton::clicked, this, [this] { graph_->exportPicture(); });
     auto* pictureRow = new QHBoxLayout;
     pictureRow->addWidget(exportPicture);
     pictureRow->addStretch();
     auto* pictureLayout = new QVBoxLayout(picture);
-    pictureLayout->addWidget(hint(tr("Saves the history graph as a picture for a web site."), picture));
+    pictureLayout->addWidget(hint(tr("Saves the history graph as it is shown as a GIF picture for a web site, "
+                                     "as every cycle does for the favourites marked in the preferences."),
+                                  picture));
     pictureLayout->addLayout(pictureRow);
 
     auto* layout = new QVBoxLayout(page);
@@ -160,28 +170,30 @@ QWidget* MainWindow::buildExportsTab()
 
 void MainWindow::buildMenus()
 {
+    GraphController::Menus graphMenus{};
     QMenu* traces = menuBar()->addMenu(tr("Traces"));
     traces->setObjectName("tracesMenu");
-    addItem(traces, tr("Add New Trace"), "addTraceAction", false);
-    addItem(traces, tr("Clear Traces"), "clearTracesAction", false);
+    graphMenus.addTrace = addItem(traces, tr("Add New Trace"), "addTraceAction");
+    graphMenus.clearTraces = addItem(traces, tr("Clear Traces"), "clearTracesAction");
 
-    favourites_ = menuBar()->addMenu(tr("Favourites"));
-    favourites_->setObjectName("favouritesMenu");
-    addItem(favourites_, tr("add to Favourites"), "addFavouriteAction", false);
-    favouritesSeparator_ = favourites_->addSeparator();
-    favouritesSeparator_->setObjectName("favouritesSeparator");
-    favouritesSeparator_->setVisible(false);
+    graphMenus.favourites = menuBar()->addMenu(tr("Favourites"));
+    graphMenus.favourites->setObjectName("favouritesMenu");
+    graphMenus.addFavourite = addItem(graphMenus.favourites, tr("add to Favourites"), "addFavouriteAction");
+    graphMenus.favouritesSeparator = graphMenus.favourites->addSeparator();
+    graphMenus.favouritesSeparator->setObjectName("favouritesSeparator");
+    graphMenus.favouritesSeparator->setVisible(false);
 
     QMenu* options = menuBar()->addMenu(tr("Options"));
     options->setObjectName("optionsMenu");
-    addToggle(options, tr("Show Legend"), "showLegendAction");
-    addToggle(options, tr("Show Stability Transitions"), "showStabilityAction");
-    addToggle(options, tr("Single Day Range"), "singleDayRangeAction");
+    graphMenus.showLegend = addToggle(options, tr("Show Legend"), "showLegendAction");
+    graphMenus.showStability = addToggle(options, tr("Show Stability Transitions"), "showStabilityAction");
+    graphMenus.singleDay = addToggle(options, tr("Single Day Range"), "singleDayRangeAction");
     options->addSeparator()->setObjectName("optionsSeparator");
-    addItem(options, tr("Print Preview"), "printPreviewAction", false);
+    graphMenus.printPreview = addItem(options, tr("Print Preview"), "printPreviewAction");
     connect(addItem(options, tr("Preferences"), "preferencesAction"), &QAction::triggered, this,
             &MainWindow::showPreferences);
     addItem(options, tr("Remote Data D/L"), "remoteDataAction", false);
+    graph_->attach(graphMenus);
 
     QMenu* help = menuBar()->addMenu(tr("Help"));
     help->setObjectName("helpMenu");
@@ -197,9 +209,17 @@ void MainWindow::startUp()
 {
     const QString database = settings_.primaryDatabase();
     // Queued, never waited for: the database is read on the worker thread.
-    QMetaObject::invokeMethod(worker_, [this, database] { worker_->start(database); }, Qt::QueuedConnection);
+    const bool firstRun = settings_.firstRun();
+    QMetaObject::invokeMethod(
+        worker_,
+        [worker = worker_, database, firstRun] {
+            worker->start(database);
+            if (!firstRun)
+                worker->showFirstFavourite();
+        },
+        Qt::QueuedConnection);
     database_->requestLists(database);
-    if (settings_.firstRun()) {
+    if (firstRun) {
         environment_.boxes.show(tr("New Setup"),
                                 tr("Welcome to ") + QApplication::applicationDisplayName() + "\r\n" +
                                     tr("Please setup your preferences under the Options Menu"),
@@ -214,22 +234,9 @@ void MainWindow::showLists(const QList<SourceLists::ListEntry>& sources,
 {
     if (!worker_)
         return;  // arrived after the window closed
-    showFavouritesMenu(favourites);
+    graph_->showFavourites(favourites);
+    graph_->setSources(sources);
     fillSourceLists(sources);
-}
-
-void MainWindow::showFavouritesMenu(const QList<SourceLists::ListEntry>& favourites)
-{
-    for (QAction* item : favouriteItems_)
-        delete item;
-    favouriteItems_.clear();
-    for (const SourceLists::ListEntry& favourite : favourites) {
-        QAction* item = favourites_->addAction(favourite.name);
-        item->setData(favourite.key);
-        item->setEnabled(false);  // drawn once the history graph is part of the window
-        favouriteItems_ << item;
-    }
-    favouritesSeparator_->setVisible(!favourites.isEmpty());
 }
 
 void MainWindow::fillSourceLists(const QList<SourceLists::ListEntry>& sources)
@@ -402,6 +409,7 @@ void MainWindow::stopWorker()
     while (!workerThread_.wait(50))
         QCoreApplication::processEvents(QEventLoop::ExcludeUserInputEvents);
     // Deleted with the thread's end; results still on their way find them gone.
+    graph_->detach();
     worker_ = nullptr;
     database_ = nullptr;
 }

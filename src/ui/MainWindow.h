@@ -4,6 +4,7 @@
 #include "core/cycle/DatabaseService.h"
 #include "core/cycle/RefreshCycle.h"
 #include "core/errors/Environment.h"
+#include "ui/ChartRenderer.h"
 
 #include <QMainWindow>
 #include <QThread>
@@ -12,6 +13,7 @@
 
 class Choosers;
 class ConditionsPanel;
+class GraphController;
 class CycleWorker;
 class DayDiaryDialog;
 class PreferencesDialog;
@@ -34,7 +36,8 @@ struct WindowTools {
 // The program's main window. startUp() starts the program: it greets a
 // first-time user, asks the worker thread for the menus' and lists' rows and
 // starts the refresh cycle, which runs on that thread while the window shows
-// its results. The window itself never opens the database. Closing the window ends the program, after the cycle's
+// its results; the history graph is drawn there too. The window itself never
+// opens the database. Closing the window ends the program, after the cycle's
 // current piece of work has finished.
 class MainWindow final : public QMainWindow {
     Q_OBJECT
@@ -66,7 +69,6 @@ private:
     void setTrayIcon(TrayState state);
     void trayMenuClick(const QString& key);
     void showLists(const QList<SourceLists::ListEntry>& sources, const QList<SourceLists::ListEntry>& favourites);
-    void showFavouritesMenu(const QList<SourceLists::ListEntry>& favourites);
     void fillSourceLists(const QList<SourceLists::ListEntry>& sources);
     void currentSourceChosen();
     void exportTestSource();
@@ -86,14 +88,13 @@ private:
     ConditionsPanel* panel_ = nullptr;
     StatusPanels* statusPanels_ = nullptr;
     QComboBox* testSources_ = nullptr;
-    QMenu* favourites_ = nullptr;
-    QAction* favouritesSeparator_ = nullptr;
     TrayIcon* tray_ = nullptr;
     QTimer* timing_ = nullptr;
     QThread workerThread_;
     CycleWorker* worker_ = nullptr;
     DatabaseService* database_ = nullptr;
-    QList<QAction*> favouriteItems_;
+    ChartRenderer renderer_;  // draws the graph's pictures on the worker thread
+    GraphController* graph_ = nullptr;
     PreferencesDialog* preferences_ = nullptr;  // made at first use, then kept
     DayDiaryDialog* diary_ = nullptr;
     bool paused_ = false;  // the tray's Pause is ticked

@@ -22,7 +22,7 @@ public:
 class ScriptedGraph final : public CycleGraph {
 public:
     void moveToToday(const QDate& today) override { calls << "today " + today.toString(Qt::ISODate); }
-    QList<qint32> exportFavourites() override { return favourites; }
+    QList<PictureFavourite> exportFavourites() override { return favourites; }
     bool loadFavourite(qint32 favID) override
     {
         calls << QString("load %1").arg(favID);
@@ -35,7 +35,7 @@ public:
     }
     void exportPicture(int position) override { calls << QString("picture %1").arg(position); }
 
-    QList<qint32> favourites;
+    QList<PictureFavourite> favourites;
     int failingRedraws = 0;
     QStringList calls;
 };
@@ -215,11 +215,11 @@ TEST_F(RefreshCycleTest, PicturesOfTheExportedFavouritesInListOrder)
 {
     settings.setAutoGraph(true);
     settings.setAutoPicture(true);
-    graph.favourites = {4, 2};
+    graph.favourites = {{4, 0}, {2, 3}};  // the second is the fourth favourite of the list
     startCycle();
     runUntil(QDateTime(kStart.date(), QTime(10, 10)), false);
     EXPECT_EQ(graph.calls, QStringList({"today 2026-03-10", "load 4", "redraw", "picture 0", "load 2", "redraw",
-                                        "picture 1"}));
+                                        "picture 3"}));
 }
 
 TEST_F(RefreshCycleTest, TrayShowsReadingAndCycle)

@@ -16,6 +16,8 @@ public:
 
     QStringList files;           // answers to openFile and newFile, in order
     QList<QColor> colours;       // answers to colour
+    QStringList texts;           // answers to text
+    QStringList prompts;         // every text question asked, with its offered answer
     QList<Question> questions;   // every file question asked
 
     QString openFile(QWidget*, const QString& title, const QString& filter) override
@@ -31,6 +33,15 @@ public:
         if (colours.isEmpty())
             return std::nullopt;
         return colours.takeFirst();
+    }
+
+    std::optional<QString> text(QWidget*, const QString& title, const QString& prompt,
+                                const QString& initial) override
+    {
+        prompts << title + ": " + prompt + " [" + initial + "]";
+        if (texts.isEmpty())
+            return std::nullopt;
+        return texts.takeFirst();
     }
 
 private:

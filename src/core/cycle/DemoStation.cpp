@@ -3,8 +3,10 @@
 #include "core/db/DatabaseSession.h"
 #include "core/db/NimbrelSchema.h"
 #include "core/db/ReadingLogger.h"
+#include "core/graphs/Favourites.h"
 #include "core/readings/StationSimulator.h"
 #include "core/settings/SettingsModel.h"
+#include "core/sources/SourceLists.h"
 
 #include <QDir>
 #include <QFile>
@@ -73,7 +75,7 @@ bool DemoStation::prepare(const QDateTime& now, const Environment& environment, 
         return false;
     }
     return writeSettings(environment, error) && writeFeedTemplate(error) && fillDatabase(now, environment, error) &&
-           StationSimulator::writeCurrentDataFile(stationFile(), now, error);
+           addFavourites(environment, error) && StationSimulator::writeCurrentDataFile(stationFile(), now, error);
 }
 
 // Written once: later changes made in the program stay.
@@ -91,6 +93,10 @@ bool DemoStation::writeSettings(const Environment& environment, QString& error) 
     settings.setAutoRefresh(true);
     settings.setAutoDatabase(true);
     settings.setAutoExport(true);
+    settings.setAutoGraph(true);
+    settings.setAutoPicture(true);
+    settings.setGraphicFolder(QDir(folder_).filePath("web"));
+    QDir(folder_).mkpath("web");
     return settings.save(store, error);
 }
 
@@ -157,5 +163,40 @@ bool DemoStation::fillDatabase(const QDateTime& now, const Environment& environm
     }
     if (mdb::Status committed = (*session)->commit(); !committed)
         return fail(committed.error());
+    return true;
+}
+
+// Three favourites to start from, the first exported as a picture; made
+// once, when the database has none.
+bool DemoStation::addFavourites(const Environment& environment, QString& error) const
+{
+    if (!SourceLists::favouriteList(databasePath(), environment).isEmpty())
+        return true;
+    const auto trace = [this](int dataType, int colourIndex, int offset = 0) {
+        TraceEntry entry;
+        entry.sourceID = kDemoSourceID;
+        entry.sourceName = "Demo Station";
+        entry.dataType = dataType;
+        entry.colour = standardColour(colourIndex);
+        entry.offset = offset;
+        return entry;
+    };
+    const std::vector<std::pair<QString, Favourite>> favourites = {
+        {"Temperatures this week", {false, 6, {trace(1, 11), trace(6, 10), trace(7, 13)}}},
+        {"Barometer, two days", {false, 1, {trace(0, 14)}}},
+        {"Today and yesterday", {true, 0, {trace(1, 11), trace(1, 12, -1)}}},
+    };
+    for (const auto& [name, favourite] : favourites) {
+        const qint32 favID = Favourites::save(databasePath(), name, favourite, environment);
+        if (favID == 0) {
+            error = "cannot save the favourite " + name;
+            return false;
+        }
+        if (&favourite == &favourites.front().second &&
+            !SourceLists::setFavouriteExport(databasePath(), favID, true, environment)) {
+            error = "cannot mark the favourite " + name + " for export";
+            return false;
+        }
+    }
     return true;
 }

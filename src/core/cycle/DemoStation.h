@@ -7,9 +7,11 @@
 
 // The demo: a weather station that needs no hardware, in a folder of its
 // own. prepare() makes what is missing there: an Access database with the
-// source "Demo Station" and the last two weeks of its readings, a feed
-// template, and a settings file (separate from the user's own) with the
-// cycle reading, logging and exporting every ten minutes. The simulated
+// source "Demo Station", the last two weeks of its readings and three
+// favourite graphs, a feed template, and a settings file (separate from the
+// user's own) with the cycle reading, logging, exporting the feed and the
+// first favourite's picture (into the folder's "web" folder) every ten
+// minutes. The simulated
 // station then rewrites the current-data file there every minute.
 class DemoStation {
 public:
@@ -32,6 +34,7 @@ private:
     bool writeSettings(const Environment& environment, QString& error) const;
     bool writeFeedTemplate(QString& error) const;
     bool fillDatabase(const QDateTime& now, const Environment& environment, QString& error) const;
+    bool addFavourites(const Environment& environment, QString& error) const;
 
     QString folder_;
 };

@@ -99,12 +99,11 @@ bool RefreshCycle::updateGraph(const QDate& today)
     view_.setTrayState(TrayState::RunningCycle);
     graph_.moveToToday(today);
     if (settings_.autoPicture()) {
-        const QList<qint32> favourites = graph_.exportFavourites();
-        for (int position = 0; position < favourites.size(); ++position) {
-            graph_.loadFavourite(favourites[position]);
+        for (const PictureFavourite& favourite : graph_.exportFavourites()) {
+            graph_.loadFavourite(favourite.favID);
             if (!graph_.redraw())
                 return false;
-            graph_.exportPicture(position);
+            graph_.exportPicture(favourite.number);
         }
         return true;
     }

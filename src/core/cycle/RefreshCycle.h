@@ -26,6 +26,14 @@ public:
     virtual void showReading(const WeatherReading& reading) = 0;
 };
 
+// A favourite whose picture each cycle exports, with the number of its
+// picture file: its position among all favourites (wgraph<number>.gif).
+struct PictureFavourite {
+    qint32 favID = 0;
+    int number = 0;
+    bool operator==(const PictureFavourite&) const = default;
+};
+
 // The history graph and its picture export, as the cycle drives them.
 class CycleGraph {
 public:
@@ -33,19 +41,19 @@ public:
     // Moves the graph's date range on so that it ends today, keeping its length.
     virtual void moveToToday(const QDate& today) = 0;
     // The favourites whose pictures are exported each cycle, in list order.
-    virtual QList<qint32> exportFavourites() = 0;
+    virtual QList<PictureFavourite> exportFavourites() = 0;
     virtual bool loadFavourite(qint32 favID) = 0;
     // Draws the graph again; false when it could not.
     virtual bool redraw() = 0;
-    // Exports the graph's picture as number `position` of the export list.
-    virtual void exportPicture(int position) = 0;
+    // Exports the graph's picture as wgraph<number>.gif.
+    virtual void exportPicture(int number) = 0;
 };
 
 // A graph that does nothing and never fails: for a program without one.
 class NoGraph final : public CycleGraph {
 public:
     void moveToToday(const QDate&) override {}
-    QList<qint32> exportFavourites() override { return {}; }
+    QList<PictureFavourite> exportFavourites() override { return {}; }
     bool loadFavourite(qint32) override { return true; }
     bool redraw() override { return true; }
     void exportPicture(int) override {}

@@ -38,6 +38,18 @@ void HistoryGraph::stepBoth(int days)
     state_.to = state_.to.addDays(days);
 }
 
+bool HistoryGraph::setOptions(const GraphOptions& options)
+{
+    const bool readAgain = options.singleDay != state_.options.singleDay;
+    state_.options = options;
+    if (!readAgain) {
+        auto data = std::make_shared<GraphData>(*data_);
+        data->options = options;
+        data_ = data;
+    }
+    return readAgain;
+}
+
 void HistoryGraph::moveToToday(const QDate& today)
 {
     const qint64 behind = state_.to.daysTo(today);

@@ -41,7 +41,10 @@ public:
     void stepTo(int days);
     // Both pickers together.
     void stepBoth(int days);
-    void setOptions(const GraphOptions& options) { state_.options = options; }
+    // Changes the options. True when the graph must be read again (a
+    // single-day graph or not); otherwise the drawing takes the new options
+    // at once.
+    bool setOptions(const GraphOptions& options);
     // Moves both pickers on so that the range ends today, keeping its length
     // (never back).
     void moveToToday(const QDate& today);

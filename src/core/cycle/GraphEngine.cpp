@@ -1,0 +1,134 @@
+#include "core/cycle/GraphEngine.h"
+
+#include "core/errors/ErrorReporter.h"
+#include "core/export/PictureExport.h"
+#include "core/settings/SettingsModel.h"
+#include "core/sources/SourceLists.h"
+#include "core/text/Clock.h"
+
+GraphEngine::GraphEngine(const SettingsModel& settings, const Environment& environment,
+                         std::function<const Sources&()> sources, GraphRenderer* renderer)
+    : settings_(settings),
+      environment_(environment),
+      sources_(std::move(sources)),
+      renderer_(renderer),
+      graph_(settings, environment, environment.clock.now().date())
+{
+}
+
+GraphColours GraphEngine::screenColours() const
+{
+    return {settings_.fontColour(), settings_.backColour()};
+}
+
+void GraphEngine::setViewSize(const QSize& size, qreal scale)
+{
+    if (size == viewSize_ && scale == viewScale_)
+        return;
+    viewSize_ = size;
+    viewScale_ = scale;
+    redrawPicture();
+}
+
+GraphPicture GraphEngine::picture(const QSize& size, qreal scale) const
+{
+    if (!renderer_ || size.isEmpty())
+        return {};
+    GraphPictureRequest request;
+    request.size = size;
+    request.scale = scale;
+    request.colours = screenColours();
+    return renderer_->render(*graph_.data(), request);
+}
+
+void GraphEngine::redrawPicture()
+{
+    if (renderer_ && !viewSize_.isEmpty())
+        viewPicture_ = std::make_shared<const GraphPicture>(picture(viewSize_, viewScale_));
+    if (changed)
+        changed();
+}
+
+bool GraphEngine::refresh()
+{
+    const bool drawn = graph_.refresh();
+    redrawPicture();
+    return drawn;
+}
+
+bool GraphEngine::addTrace(TraceEntry trace)
+{
+    const Sources& sources = sources_();
+    const auto source = std::find_if(sources.begin(), sources.end(),
+                                     [&trace](const auto& s) { return s->sourceID() == trace.sourceID; });
+    if (source == sources.end()) {
+        environment_.errors.report("Graph Error: \r\nthe source " + trace.sourceName +
+                                   " is not loaded yet; restart Nimbrel to graph it");
+        return false;
+    }
+    trace.sourceDatabase = (*source)->sourceDatabase();
+    trace.dataID = (*source)->dataID();
+    const bool drawn = graph_.addTrace(trace);
+    redrawPicture();
+    return drawn;
+}
+
+qint32 GraphEngine::saveFavourite(const QString& name)
+{
+    if (graph_.state().traces.empty())
+        return 0;
+    return Favourites::save(settings_.primaryDatabase(), name, graph_.asFavourite(), environment_);
+}
+
+bool GraphEngine::loadFavourite(qint32 favID)
+{
+    const auto favourite = Favourites::load(settings_.primaryDatabase(), favID, sources_(), environment_);
+    if (!favourite)
+        return false;
+    graph_.apply(*favourite);
+    return true;
+}
+
+bool GraphEngine::showFavourite(qint32 favID)
+{
+    const bool loaded = loadFavourite(favID);
+    return refresh() && loaded;
+}
+
+void GraphEngine::showFirstFavourite()
+{
+    const QList<SourceLists::ListEntry> favourites =
+        SourceLists::favouriteList(settings_.primaryDatabase(), environment_);
+    if (!favourites.isEmpty())
+        showFavourite(favourites.first().key);
+}
+
+void GraphEngine::moveToToday(const QDate& today)
+{
+    graph_.moveToToday(today);
+}
+
+QList<PictureFavourite> GraphEngine::exportFavourites()
+{
+    QList<PictureFavourite> marked;
+    const auto favourites = SourceLists::favouriteExports(settings_.primaryDatabase(), environment_);
+    for (int number = 0; number < favourites.size(); ++number) {
+        if (favourites[number].exported)
+            marked.append({favourites[number].key, number});
+    }
+    return marked;
+}
+
+bool GraphEngine::redraw()
+{
+    return refresh();
+}
+
+void GraphEngine::exportPicture(int number)
+{
+    if (!renderer_)
+        return;
+    QString error;  // the export is silent: a web picture that fails is tried again next cycle
+    PictureExport::exportPicture(*graph_.data(), number, settings_.graphicFolder(),
+                                 {settings_.fontColourExport(), settings_.backColourExport()}, *renderer_, error);
+}

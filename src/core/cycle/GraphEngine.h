@@ -1,0 +1,82 @@
+#pragma once
+
+#include "core/cycle/RefreshCycle.h"
+#include "core/graphs/GraphRenderer.h"
+#include "core/graphs/HistoryGraph.h"
+
+#include <QMetaType>
+
+#include <functional>
+#include <memory>
+
+// What the window shows of the history graph: its set-up, what was drawn
+// and the picture of it at the window's size (null until that is known).
+struct GraphUpdate {
+    GraphState state;
+    std::shared_ptr<const GraphData> data;
+    std::shared_ptr<const GraphPicture> picture;
+};
+Q_DECLARE_METATYPE(GraphUpdate)
+
+// The history graph as the worker thread keeps it: the graph itself, its
+// favourites, its picture on screen and its picture files. The refresh cycle
+// drives it through CycleGraph; the window through the worker's requests.
+// After every change `changed` is called (on the worker thread).
+//
+// Not thread-safe: the worker thread alone uses it.
+class GraphEngine final : public CycleGraph {
+public:
+    using Sources = std::vector<std::shared_ptr<WeatherSource>>;
+
+    // `sources` gives the program's loaded sources (for favourites and new
+    // traces); `renderer` (may be null: no pictures) draws the pictures.
+    GraphEngine(const SettingsModel& settings, const Environment& environment, std::function<const Sources&()> sources,
+                GraphRenderer* renderer);
+
+    HistoryGraph& graph() { return graph_; }
+    std::function<void()> changed;
+
+    // The size of the graph on screen; it is drawn again at that size.
+    void setViewSize(const QSize& size, qreal scale);
+    // The current picture for the screen (null when the size is not known).
+    std::shared_ptr<const GraphPicture> viewPicture() const { return viewPicture_; }
+    // A picture of the current graph in the screen's colours, any size (printing).
+    GraphPicture picture(const QSize& size, qreal scale) const;
+    GraphUpdate update() const { return {graph_.state(), graph_.data(), viewPicture_}; }
+
+    // Adds a trace of a loaded source (its database and data id filled in
+    // from it) and draws only that trace.
+    bool addTrace(TraceEntry trace);
+    // Saves the graph's set-up as a favourite; its key, or 0 (nothing
+    // saved: no traces, no database, a failure).
+    qint32 saveFavourite(const QString& name);
+    // Loads favourite `favID` and draws it; false when either failed.
+    bool showFavourite(qint32 favID);
+    // Loads the first favourite, if there is one, and draws it.
+    void showFirstFavourite();
+    // Draws again and tells the view.
+    bool refresh();
+    // Only the picture again (the options that change nothing but the look).
+    void redrawPicture();
+    // The button's picture: wgraph0.gif of the graph as it is.
+    void exportCurrentPicture() { exportPicture(0); }
+
+    // CycleGraph
+    void moveToToday(const QDate& today) override;
+    QList<PictureFavourite> exportFavourites() override;
+    bool loadFavourite(qint32 favID) override;
+    bool redraw() override;
+    void exportPicture(int number) override;
+
+private:
+    GraphColours screenColours() const;
+
+    const SettingsModel& settings_;
+    const Environment& environment_;
+    std::function<const Sources&()> sources_;
+    GraphRenderer* renderer_;
+    HistoryGraph graph_;
+    QSize viewSize_;
+    qreal viewScale_ = 1;
+    std::shared_ptr<const GraphPicture> viewPicture_;
+};

@@ -1,0 +1,45 @@
+#include "core/export/PictureExport.h"
+
+#include "core/export/GifFile.h"
+
+#include <QDir>
+
+namespace PictureExport {
+
+QString fileName(const QString& folder, int number)
+{
+    return QDir(folder).filePath(QStringLiteral("wgraph%1.gif").arg(number));
+}
+
+GraphPictureRequest request(const GraphData& data, const GraphColours& colours)
+{
+    GraphPictureRequest request;
+    request.size = kPictureSize;
+    request.colours = colours;
+    request.legendBelow = true;
+    if (data.options.singleDay) {
+        for (const TraceSeries& series : data.traces) {
+            const QDate day = data.range.last.addDays(series.trace.offset);
+            request.titles << day.toString("dd.MM.yyyy ") + " " + series.trace.sourceName + ":" +
+                                  series.trace.typeName();
+        }
+    }
+    return request;
+}
+
+bool exportPicture(const GraphData& data, int number, const QString& folder, const GraphColours& colours,
+                   GraphRenderer& renderer, QString& error)
+{
+    if (folder.isEmpty())
+        return false;
+    const GraphPicture picture = renderer.render(data, request(data, colours));
+    std::vector<quint32> exact = {quint32(colours.background), quint32(colours.text)};
+    for (const TraceSeries& series : data.traces)
+        exact.push_back(quint32(series.trace.colour));
+    for (quint32& colour : exact)  // stored form (red low) to 0xRRGGBB
+        colour = (colour & 0xFF) << 16 | (colour & 0xFF00) | (colour >> 16 & 0xFF);
+    return GifFile::write(fileName(folder, number), {picture.width, picture.height, picture.pixels.data()}, exact,
+                          error);
+}
+
+}  // namespace PictureExport

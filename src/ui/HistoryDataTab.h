@@ -1,0 +1,55 @@
+#pragma once
+
+#include "core/graphs/GraphTable.h"
+
+#include <QAbstractTableModel>
+#include <QWidget>
+
+class Choosers;
+class MessageBoxes;
+class QSortFilterProxyModel;
+class QTableView;
+
+// The drawn series as a table model: the time, the reading's label and a
+// column per trace. Sorting uses the numbers, not their texts.
+class HistoryDataModel final : public QAbstractTableModel {
+    Q_OBJECT
+
+public:
+    using QAbstractTableModel::QAbstractTableModel;
+
+    void setTable(GraphTable table);
+    const GraphTable& table() const { return table_; }
+
+    int rowCount(const QModelIndex& parent = {}) const override;
+    int columnCount(const QModelIndex& parent = {}) const override;
+    QVariant data(const QModelIndex& index, int role) const override;
+    QVariant headerData(int section, Qt::Orientation orientation, int role) const override;
+
+private:
+    GraphTable table_;
+};
+
+// The "History Data" tab: the table of the drawn series, which the user can
+// sort, select and copy (Ctrl+C copies the selection as tab-separated text),
+// and save as a CSV file.
+class HistoryDataTab final : public QWidget {
+    Q_OBJECT
+
+public:
+    HistoryDataTab(Choosers& choosers, MessageBoxes& boxes, QWidget* parent = nullptr);
+
+    void show(const GraphData& data);
+    QTableView* view() const { return view_; }
+    // The selected cells as tab-separated lines (as the view shows them).
+    QString selectedText() const;
+    void copySelection() const;
+    void saveCsv();
+
+private:
+    Choosers& choosers_;
+    MessageBoxes& boxes_;
+    HistoryDataModel* model_ = nullptr;
+    QSortFilterProxyModel* sorted_ = nullptr;
+    QTableView* view_ = nullptr;
+};
