@@ -16,7 +16,7 @@
 
 namespace {
 
-const QSize kPrintSize{1400, 950};  // logical pixels of a printed graph
+const QSize kPrintSize{1000, 680};  // logical pixels of a printed graph, drawn three times as fine
 
 }  // namespace
 
@@ -147,7 +147,7 @@ void GraphController::exportPicture()
 
 void GraphController::printPreview()
 {
-    ask([](CycleWorker& w) { w.drawPrintPicture(kPrintSize, 2); });
+    ask([](CycleWorker& w) { w.drawPrintPicture(kPrintSize, 3); });
 }
 
 void GraphController::printPictureReady(const std::shared_ptr<const GraphPicture>& picture)
@@ -165,9 +165,8 @@ void GraphController::printPictureReady(const std::shared_ptr<const GraphPicture
         const QRect page = painter.viewport();
         QSize fitted = image.size();
         fitted.scale(page.size(), Qt::KeepAspectRatio);
-        painter.setViewport(page.x(), page.y(), fitted.width(), fitted.height());
-        painter.setWindow(image.rect());
-        painter.drawImage(0, 0, image);
+        painter.setRenderHint(QPainter::SmoothPixmapTransform);
+        painter.drawImage(QRect(page.topLeft(), fitted), image);
     });
     preview.exec();
 }

@@ -1,0 +1,254 @@
+#include "core/cycle/DemoStation.h"
+#include "core/graphs/DataTypes.h"
+#include "core/settings/SettingsModel.h"
+#include "core/sources/SourceLists.h"
+#include "core/text/Clock.h"
+#include "ui/GraphController.h"
+#include "ui/GraphView.h"
+#include "ui/HistoryDataTab.h"
+#include "ui/MainWindow.h"
+#include "ui/TraceDialog.h"
+#include "support/TestSupport.h"
+#include "ScriptedChoosers.h"
+
+#include <QAction>
+#include <QComboBox>
+#include <QDateEdit>
+#include <QDir>
+#include <QLineEdit>
+#include <QMenu>
+#include <QPrintPreviewDialog>
+#include <QPushButton>
+#include <QSettings>
+#include <QTableView>
+#include <QTimer>
+#include <QtTest>
+
+// The history graph in the main window on the demo station (two weeks of
+// readings, three favourites), offscreen: what it draws at start, and what
+// its buttons, menus and dialogs do.
+class HistoryGraphWindowTest : public QObject {
+    Q_OBJECT
+
+    const QDateTime kNow{QDate(2026, 3, 10), QTime(14, 23, 0)};
+
+    struct Running {
+        TempFolder folder;
+        RecordingErrors errors;
+        RecordingMessageBoxes boxes;
+        FixedClock clock;
+        Environment environment{errors, boxes, clock};
+        DemoStation demo{folder.file("Demo")};
+        std::unique_ptr<QSettings> store;
+        SettingsModel settings;
+        ScriptedChoosers choosers;
+        std::unique_ptr<MainWindow> window;
+
+        explicit Running(const QDateTime& now) : clock(now) {}
+
+        template <typename T>
+        T* find(const QString& name) const
+        {
+            T* found = window->findChild<T*>(name);
+            if (!found)
+                qFatal("no %s", qPrintable(name));
+            return found;
+        }
+        GraphController* graph() const { return window->findChild<GraphController*>(); }
+        const GraphUpdate& shown() const { return graph()->shown(); }
+        QAction* favourite(const QString& name) const
+        {
+            for (QAction* item : find<QMenu>("favouritesMenu")->actions()) {
+                if (item->text() == name)
+                    return item;
+            }
+            return nullptr;
+        }
+    };
+
+    std::unique_ptr<Running> start()
+    {
+        auto run = std::make_unique<Running>(kNow);
+        QString error;
+        if (!run->demo.prepare(kNow, run->environment, error))
+            qFatal("demo: %s", qPrintable(error));
+        run->store = std::make_unique<QSettings>(run->demo.settingsPath(), QSettings::IniFormat);
+        run->settings.load(*run->store, run->folder.path(), run->errors);
+        run->window = std::make_unique<MainWindow>(run->settings, run->environment, *run->store,
+                                                   WindowTools{run->choosers, {}});
+        run->window->resize(1040, 680);
+        run->window->show();
+        run->window->startUp();
+        run->window->timer()->stop();  // the cycle only where a test runs it
+        run->find<QTabWidget>("mainTabs")->setCurrentIndex(1);
+        const Running* raw = run.get();
+        const bool drawn = QTest::qWaitFor(
+            [raw] { return raw->shown().picture && !raw->shown().picture->isNull() && raw->shown().state.traces.size() == 3; },
+            10000);
+        if (!drawn)
+            qFatal("the first favourite was not drawn");
+        return run;
+    }
+
+    static void saveGrab(QWidget* widget, const QString& name)
+    {
+        QDir().mkpath("screens");
+        QTest::qWait(150);
+        widget->grab().save("screens/" + name);
+    }
+
+private slots:
+    void startDrawsTheFirstFavouriteAndItsTable()
+    {
+        auto run = start();
+        const GraphUpdate& shown = run->shown();
+        QCOMPARE(shown.state.to, kNow.date());
+        QCOMPARE(shown.state.from, kNow.date().addDays(-6));
+        QCOMPARE(run->find<QDateEdit>("fromDatePicker")->date(), kNow.date().addDays(-6));
+        QCOMPARE(shown.data->traces.size(), std::size_t(3));
+        QCOMPARE(shown.data->traces[0].size(), std::size_t(6 * 144 + 87));  // to 14:20 today
+        auto* table = run->find<QTableView>("historyDataTable");
+        QCOMPARE(table->model()->rowCount(), 6 * 144 + 87);
+        QCOMPARE(table->model()->headerData(2, Qt::Horizontal).toString(), QString("Demo Station: Temperature Out"));
+        // Pointing at the plot tells the values there.
+        auto* view = run->find<GraphView>("graphView");
+        const QRectF plot = shown.picture->plotArea;
+        QVERIFY(view->valuesAt(plot.center().toPoint()).contains("Demo Station: Dewpoint: "));
+        QVERIFY(view->valuesAt(QPoint(2, 2)).isEmpty());
+        QVERIFY(run->errors.empty());
+        saveGrab(run->window.get(), "history-graph.png");
+    }
+
+    void dateButtonsAndSingleDayRange()
+    {
+        auto run = start();
+        run->find<QPushButton>("toBackButton")->click();
+        QTRY_COMPARE(run->find<QDateEdit>("toDatePicker")->date(), kNow.date().addDays(-1));
+        QCOMPARE(run->shown().state.from, kNow.date().addDays(-6));
+        QCOMPARE(run->shown().data->traces[0].size(), std::size_t(6 * 144));
+        run->find<QPushButton>("bothForwardButton")->click();
+        QTRY_COMPARE(run->shown().state.to, kNow.date());
+        QCOMPARE(run->shown().state.from, kNow.date().addDays(-5));
+
+        run->find<QAction>("singleDayRangeAction")->trigger();
+        QTRY_VERIFY(run->shown().data->options.singleDay);
+        QVERIFY(!run->find<QDateEdit>("fromDatePicker")->isEnabled());
+        QVERIFY(!run->find<QPushButton>("fromBackButton")->isEnabled());
+        QCOMPARE(run->shown().data->xMaximum, 6 * 24.0);
+        run->find<QAction>("showLegendAction")->trigger();
+        QTRY_VERIFY(!run->shown().data->options.showLegend);
+        QVERIFY(run->errors.empty());
+    }
+
+    void tracesAreAddedAndClearedFromTheMenu()
+    {
+        auto run = start();
+        run->find<QAction>("addTraceAction")->trigger();
+        auto* dialog = run->find<TraceDialog>("traceDialog");
+        QVERIFY(dialog->isVisible());
+        QCOMPARE(dialog->findChild<QLineEdit*>("offsetEdit")->text(), QString("0"));
+        dialog->findChild<QPushButton*>("addButton")->click();
+        QCOMPARE(run->boxes.boxes().back().text, QString("Unable to add trace without source"));
+        dialog->findChild<QComboBox*>("traceSourceCombo")->setCurrentIndex(0);
+        dialog->findChild<QPushButton*>("addButton")->click();
+        QCOMPARE(run->boxes.boxes().back().text, QString("Unable to add trace without type"));
+        QVERIFY(dialog->isVisible());
+        dialog->findChild<QComboBox*>("traceTypeCombo")->setCurrentIndex(DataTypes::kWindDirection);
+        dialog->findChild<QLineEdit*>("offsetEdit")->setText("-1.4");
+        dialog->findChild<QPushButton*>("addButton")->click();
+        QVERIFY(!dialog->isVisible());
+        QTRY_COMPARE(run->shown().state.traces.size(), std::size_t(4));
+        const TraceEntry& added = run->shown().state.traces.back();
+        QCOMPARE(added.offset, -1);
+        QCOMPARE(added.colour, *defaultTraceColour(4));
+        QCOMPARE(added.sourceDatabase, run->demo.databasePath());
+        QCOMPARE(run->shown().data->traces.size(), std::size_t(4));
+
+        run->find<QAction>("clearTracesAction")->trigger();
+        QTRY_VERIFY(run->shown().state.traces.empty());
+        QVERIFY(run->shown().data->traces.empty());
+        QVERIFY(run->errors.empty());
+    }
+
+    void favouritesAreSavedOnceAndReloaded()
+    {
+        auto run = start();
+        run->favourite("Barometer, two days")->trigger();
+        QTRY_COMPARE(run->shown().state.traces.size(), std::size_t(1));
+        QCOMPARE(run->shown().state.from, kNow.date().addDays(-1));
+        QCOMPARE(run->shown().state.traces[0].typeName(), QString("Barometer"));
+
+        run->choosers.texts = {"Pressure"};
+        run->find<QAction>("addFavouriteAction")->trigger();
+        QCOMPARE(run->choosers.prompts.last(), QString("Favourite: Name this Favourite [Demo Station Barometer]"));
+        QTRY_VERIFY(run->favourite("Pressure"));
+        run->choosers.texts = {"Pressure"};
+        run->find<QAction>("addFavouriteAction")->trigger();
+        QCOMPARE(run->boxes.boxes().back().title, QString("Favourite Exists"));
+        QCOMPARE(run->boxes.boxes().back().text, QString("Already have a Favorite named Pressure"));
+        QCOMPARE(SourceLists::favouriteList(run->demo.databasePath(), run->environment).size(), 4);
+
+        run->favourite("Today and yesterday")->trigger();
+        QTRY_VERIFY(run->shown().state.options.singleDay);
+        QVERIFY(run->find<QAction>("singleDayRangeAction")->isChecked());
+        run->favourite("Pressure")->trigger();
+        QTRY_COMPARE(run->shown().state.traces.size(), std::size_t(1));
+        QVERIFY(!run->shown().state.options.singleDay);
+        QVERIFY(run->errors.empty());
+    }
+
+    void pictureButtonAndTheCycleWriteGifs()
+    {
+        auto run = start();
+        const QString web = run->settings.graphicFolder();
+        const auto before = run->shown().picture;
+        run->find<QPushButton>("exportPictureButton")->click();
+        QTRY_VERIFY(QFile::exists(web + "/wgraph0.gif"));
+        QCOMPARE(QImage(web + "/wgraph0.gif").size(), QSize(613, 467));
+        QFile::remove(web + "/wgraph0.gif");
+        QCOMPARE(run->shown().picture, before);  // the screen's graph is left as it was
+
+        // Two favourites marked: the cycle writes one picture for each.
+        const auto favourites = SourceLists::favouriteExports(run->demo.databasePath(), run->environment);
+        QVERIFY(SourceLists::setFavouriteExport(run->demo.databasePath(), favourites[2].key, true, run->environment));
+        run->clock.set(QDateTime(kNow.date(), QTime(14, 30)));
+        run->window->timer()->start(20);
+        QTRY_VERIFY_WITH_TIMEOUT(QFile::exists(web + "/wgraph2.gif"), 10000);
+        QTRY_VERIFY(QFile::exists(web + "/wgraph0.gif"));
+        QVERIFY(!QFile::exists(web + "/wgraph1.gif"));
+        run->window->timer()->stop();
+        QVERIFY(run->errors.empty());
+        QImage(web + "/wgraph0.gif").save("screens/wgraph0.png");
+    }
+
+    void theTableIsSavedAsCsvAndPrinted()
+    {
+        auto run = start();
+        const QString csv = run->folder.file("week");
+        run->choosers.files = {csv};
+        run->find<QPushButton>("saveCsvButton")->click();
+        const QByteArray saved = readAll(csv + ".csv");
+        QVERIFY(saved.startsWith("Time,Label,Demo Station: Temperature Out,Demo Station: Dewpoint,"
+                                 "Demo Station: Windchill\r\n2026-03-04 00:00,04-Mar-26 00:00,"));
+        QCOMPARE(saved.count("\r\n"), 6 * 144 + 87 + 1);
+
+        bool previewed = false;
+        auto closePreview = [&previewed] {
+            for (QWidget* widget : QApplication::topLevelWidgets()) {
+                if (auto* preview = qobject_cast<QPrintPreviewDialog*>(widget); preview && preview->isVisible()) {
+                    saveGrab(preview, "print-preview.png");
+                    previewed = true;
+                    preview->reject();
+                }
+            }
+        };
+        QTimer poll;
+        connect(&poll, &QTimer::timeout, this, closePreview);
+        poll.start(100);
+        run->find<QAction>("printPreviewAction")->trigger();
+        QTRY_VERIFY_WITH_TIMEOUT(previewed, 10000);
+    }
+};
+
+QTEST_MAIN(HistoryGraphWindowTest)
+#include "HistoryGraphWindowTest.moc"
