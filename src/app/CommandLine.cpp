@@ -1,5 +1,7 @@
 #include "app/CommandLine.h"
 
+#include "app/GraphCommand.h"
+
 #include "app/DatabaseBench.h"
 
 #include "core/db/NimbrelSchema.h"
@@ -42,6 +44,12 @@ const char* const kUsage =
     "                       and page maps. --notes lists what Access itself leaves\n"
     "                       behind (no fault); --repair first rewrites what earlier\n"
     "                       versions of Nimbrel wrote in forms other programs cannot read.\n"
+    "  export-graph DATABASE FAVOURITE OUT.gif [--to DATE] [--from DATE] [--settings FILE]\n"
+    "                       draw a saved favourite graph (by name or number) into a\n"
+    "                       GIF picture, without a window: the favourite's span of\n"
+    "                       days up to today, or to --to (dates as yyyy-MM-dd), with\n"
+    "                       the axis ranges and export colours of your preferences\n"
+    "                       (or of the settings file given).\n"
     "  simulate FILE [--once] be a weather station: write a current-data file to FILE\n"
     "                       now and as every minute begins (with --once: now only).\n"
     "  --demo               start the window on the demo station (its own database,\n"
@@ -317,8 +325,13 @@ bool isCommand(const QStringList& arguments)
         return false;
     const QString& command = arguments.at(1);
     static const QStringList commands{"--help",    "-h",        "--version", "read", "mdb-dump",
-                                      "create-db", "verify-db", "bench",     "simulate"};
+                                      "create-db", "verify-db", "bench",     "simulate", "export-graph"};
     return commands.contains(command);
+}
+
+bool drawsPictures(const QStringList& arguments)
+{
+    return arguments.value(1) == u"export-graph" || arguments.value(1) == u"bench";
 }
 
 int refuse(const QStringList& arguments)
@@ -347,6 +360,10 @@ int run(const QStringList& arguments)
         return runBench(arguments.mid(2));
     if (command == u"simulate")
         return runSimulate(arguments.mid(2));
+    if (command == u"export-graph") {
+        QTextStream errors(stderr);
+        return GraphCommand::run(arguments.mid(2), errors);
+    }
     QTextStream(stdout) << kUsage;
     return 0;
 }

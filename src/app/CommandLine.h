@@ -10,6 +10,10 @@ namespace CommandLine {
 // the window.
 bool isCommand(const QStringList& arguments);
 
+// Whether the command draws pictures (it then needs a QApplication, which
+// runs without a screen on the "offscreen" platform).
+bool drawsPictures(const QStringList& arguments);
+
 // Runs the command; returns the process exit code. Output goes to standard
 // output, error-log lines to standard error.
 int run(const QStringList& arguments);

@@ -1,5 +1,7 @@
 #include "app/DatabaseBench.h"
 
+#include "app/GraphBench.h"
+
 #include "core/db/ColumnValues.h"
 #include "core/db/HistoryRange.h"
 #include "core/db/NimbrelSchema.h"
@@ -195,5 +197,6 @@ int runDatabaseBench(QTextStream& out, QTextStream& errors, const QString& keepI
         return 1;
     if (!timeRangeReads(path, environment, out, errors))
         return 1;
-    return 0;
+    out.flush();
+    return runGraphBench(path, out, errors);
 }

@@ -1,5 +1,7 @@
 #include "mdb/Text.h"
 
+#include <algorithm>
+
 namespace mdb {
 
 namespace {
@@ -103,6 +105,13 @@ std::string decodeText(ByteView bytes)
 {
     if (!(bytes.size() >= 2 && bytes.u8(0) == 0xFF && bytes.u8(1) == 0xFE))
         return utf16leToUtf8(bytes);
+
+    // The common case first: compressed text of plain ASCII only, which is
+    // its own UTF-8.
+    const auto* first = bytes.data() + 2;
+    const auto* end = bytes.data() + bytes.size();
+    if (std::all_of(first, end, [](uint8_t byte) { return byte > 0x00 && byte < 0x80; }))
+        return std::string(reinterpret_cast<const char*>(first), std::size_t(end - first));
 
     std::u16string units;
     bool compressed = true;

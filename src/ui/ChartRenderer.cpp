@@ -142,6 +142,9 @@ private:
 };
 
 // The traces' lines, drawn by the charting library into the plot area.
+// The plot area and the axes' ranges are set before any point is given, so
+// that each series lays its points out once (the library redoes its whole
+// geometry at every change of them).
 void paintSeries(QPainter& painter, const GraphData& data, const GraphLayout& layout, qreal scale)
 {
     QGraphicsScene scene;
@@ -154,6 +157,7 @@ void paintSeries(QPainter& painter, const GraphData& data, const GraphLayout& la
     chart->setMargins(QMargins());
     chart->setGeometry(QRectF(QPointF(0, 0), QSizeF(painter.device()->width() / scale,
                                                    painter.device()->height() / scale)));
+    chart->setPlotArea(layout.plot());
     auto* xAxis = new QValueAxis;
     auto* yAxis = new QValueAxis;
     xAxis->setRange(data.xMinimum, data.xMaximum);
@@ -168,14 +172,15 @@ void paintSeries(QPainter& painter, const GraphData& data, const GraphLayout& la
         if (trace.skipped)
             continue;
         auto* series = new QLineSeries;
-        const std::vector<QPointF> points = envelope(trace.x, trace.y, data.xMinimum, data.xMaximum, columns);
-        series->replace(QList<QPointF>(points.begin(), points.end()));  // filled before it is added: fast
-        series->setPen(QPen(colourOf(trace.trace.colour), 1.6));
+        QPen pen(colourOf(trace.trace.colour), 1);
+        pen.setCosmetic(true);  // one device pixel wide: the fast way to draw a long line
+        series->setPen(pen);
         chart->addSeries(series);
         series->attachAxis(xAxis);
         series->attachAxis(yAxis);
+        const std::vector<QPointF> points = envelope(trace.x, trace.y, data.xMinimum, data.xMaximum, columns);
+        series->replace(QList<QPointF>(points.begin(), points.end()));
     }
-    chart->setPlotArea(layout.plot());
     scene.setSceneRect(chart->geometry());
     scene.render(&painter, chart->geometry(), chart->geometry());
 }

@@ -102,6 +102,7 @@ private slots:
         QVERIFY2(PictureExport::exportPicture(data, 3, folder.path(), kDark, renderer, error), qPrintable(error));
         const QString file = folder.file("wgraph3.gif");
         QCOMPARE(PictureExport::fileName(folder.path(), 3), file);
+        QVERIFY(QFile::permissions(file) & QFile::ReadOther);  // for the web server
         QImage gif(file);
         QCOMPARE(gif.size(), QSize(613, 467));
         QVERIFY(!gif.hasAlphaChannel());

@@ -92,6 +92,8 @@ mdb::Result<mdb::Value> numeric(const mdb::Column& column, double number)
 
 std::optional<double> asNumber(const mdb::Value& value)
 {
+    if (const auto* number = std::get_if<double>(&value))
+        return *number;  // the usual case, first
     return std::visit(
         [](const auto& held) -> std::optional<double> {
             using T = std::decay_t<decltype(held)>;

@@ -8,7 +8,7 @@ std::vector<QPointF> envelope(const std::vector<double>& x, const std::vector<do
 {
     const std::size_t n = std::min(x.size(), y.size());
     std::vector<QPointF> points;
-    if (columns < 1 || xMaximum <= xMinimum || n <= std::size_t(columns) * 4) {
+    if (columns < 1 || xMaximum <= xMinimum || n <= std::size_t(columns) * 2) {
         points.reserve(n);
         for (std::size_t i = 0; i < n; ++i)
             points.emplace_back(x[i], y[i]);
@@ -16,7 +16,7 @@ std::vector<QPointF> envelope(const std::vector<double>& x, const std::vector<do
     }
     const double perColumn = double(columns) / (xMaximum - xMinimum);
     const auto columnOf = [&](double value) { return std::floor((value - xMinimum) * perColumn); };
-    points.reserve(std::size_t(columns) * 4);
+    points.reserve(std::size_t(columns) * 2);
     std::size_t start = 0;
     while (start < n) {
         // One pixel column: [start, end).
@@ -30,11 +30,9 @@ std::vector<QPointF> envelope(const std::vector<double>& x, const std::vector<do
                 high = end;
             ++end;
         }
-        std::size_t kept[] = {start, low, high, end - 1};
-        std::sort(std::begin(kept), std::end(kept));
-        const std::size_t* last = std::unique(std::begin(kept), std::end(kept));
-        for (const std::size_t* i = kept; i != last; ++i)
-            points.emplace_back(x[*i], y[*i]);
+        points.emplace_back(x[std::min(low, high)], y[std::min(low, high)]);
+        if (low != high)
+            points.emplace_back(x[std::max(low, high)], y[std::max(low, high)]);
         start = end;
     }
     return points;

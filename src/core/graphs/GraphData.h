@@ -62,6 +62,7 @@ struct TraceSeries {
 struct GraphData {
     GraphRange range;
     GraphOptions options;
+    bool stabilityRead = false;  // the series carry their stability marks
     double xMinimum = 0;
     double xMaximum = 1;
     // The value axis: the union of the traces' preference ranges and their

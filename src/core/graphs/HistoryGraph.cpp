@@ -40,7 +40,8 @@ void HistoryGraph::stepBoth(int days)
 
 bool HistoryGraph::setOptions(const GraphOptions& options)
 {
-    const bool readAgain = options.singleDay != state_.options.singleDay;
+    const bool readAgain = options.singleDay != state_.options.singleDay ||
+                           (options.showStability && !data_->stabilityRead && !data_->traces.empty());
     state_.options = options;
     if (!readAgain) {
         auto data = std::make_shared<GraphData>(*data_);
@@ -87,6 +88,7 @@ bool HistoryGraph::resetRange()
     }
     data->range = {state_.from, state_.to};
     data->options = state_.options;
+    data->stabilityRead = state_.options.showStability;
     std::tie(data->xMinimum, data->xMaximum) = GraphData::xRangeOf(data->range, state_.options.singleDay);
     return true;
 }
@@ -96,7 +98,7 @@ bool HistoryGraph::refresh()
     if (!resetRange())
         return true;  // nothing to draw until both days are set
     GraphData data = *data_;
-    TraceReader reader(data.range, state_.options.singleDay, environment_);
+    TraceReader reader(data.range, state_.options.singleDay, data.stabilityRead, environment_);
     bool drawn = true;
     for (std::size_t i = 0; i < state_.traces.size() && drawn; ++i)
         drawn = drawTrace(i, reader, data);
@@ -111,7 +113,7 @@ bool HistoryGraph::addTrace(const TraceEntry& trace)
     if (data_->range.first.isNull() && !resetRange())
         return true;
     GraphData data = *data_;
-    TraceReader reader(data.range, data.options.singleDay, environment_);
+    TraceReader reader(data.range, data.options.singleDay, data.stabilityRead, environment_);
     const bool drawn = drawTrace(state_.traces.size() - 1, reader, data);
     fitValueAxis(data);
     data_ = std::make_shared<const GraphData>(std::move(data));

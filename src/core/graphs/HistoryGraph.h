@@ -42,8 +42,8 @@ public:
     // Both pickers together.
     void stepBoth(int days);
     // Changes the options. True when the graph must be read again (a
-    // single-day graph or not); otherwise the drawing takes the new options
-    // at once.
+    // single-day graph or not, or stability marks that were not read);
+    // otherwise the drawing takes the new options at once.
     bool setOptions(const GraphOptions& options);
     // Moves both pickers on so that the range ends today, keeping its length
     // (never back).

@@ -1,9 +1,7 @@
 #include "core/graphs/TraceReader.h"
 
-#include "core/db/ColumnValues.h"
-#include "core/db/DatabaseSession.h"
+#include "core/db/HistoryColumns.h"
 #include "core/graphs/DataTypes.h"
-#include "core/text/Compass.h"
 
 #include <QDateTime>
 #include <QStringList>
@@ -12,88 +10,79 @@
 
 namespace {
 
-// "hh:mm" as minutes of the day; -1 for any other text.
-int minutesOf(const mdb::Value& value)
+// Where each reading of one query lies on the x axis: its time moved back
+// by the offset, or on a single-day graph the hours since 00:00 of the
+// first day, counting a day on each time the clock goes past midnight.
+std::vector<double> xOf(const HistoryColumns& rows, bool singleDay, int offset)
 {
-    const auto* text = std::get_if<std::string>(&value);
-    if (!text || text->size() != 5 || (*text)[2] != ':')
-        return -1;
-    const auto digit = [&](std::size_t i) { return (*text)[i] >= '0' && (*text)[i] <= '9' ? (*text)[i] - '0' : -100; };
-    const int hours = digit(0) * 10 + digit(1);
-    const int minutes = digit(3) * 10 + digit(4);
-    if (hours < 0 || hours > 23 || minutes < 0 || minutes > 59)
-        return -1;
-    return hours * 60 + minutes;
+    std::vector<double> x(rows.size());
+    int dayCounter = 0;
+    int previousTimeOfDay = -1;
+    for (std::size_t i = 0; i < rows.size(); ++i) {
+        if (!singleDay) {
+            x[i] = rows.stamps[i] - offset;
+            continue;
+        }
+        const double stamp = rows.stamps[i];
+        const int minute = rows.minutes[i];
+        const int timeOfDay = minute >= 0 ? minute : int(std::lround((stamp - std::floor(stamp)) * 1440.0)) % 1440;
+        if (previousTimeOfDay >= 0 && timeOfDay < previousTimeOfDay)
+            ++dayCounter;
+        previousTimeOfDay = timeOfDay;
+        x[i] = 24.0 * dayCounter + timeOfDay / 60.0;
+    }
+    return x;
 }
 
-QString textOf(const mdb::Value& value)
+// One trace's series from the rows of its query (column `column` its values).
+TraceSeries plot(const TraceEntry& trace, const HistoryColumns& rows, const std::vector<double>& x,
+                 std::size_t column)
 {
-    const auto* text = std::get_if<std::string>(&value);
-    return text ? QString::fromStdString(*text) : QString::fromStdString(mdb::toText(value));
+    TraceSeries series;
+    series.trace = trace;
+    const std::vector<double>& values = rows.values[column];
+    series.x.reserve(rows.size());
+    series.y.reserve(rows.size());
+    series.stamps.reserve(rows.size());
+    series.minutes.reserve(rows.size());
+    std::size_t maximumRow = 0, minimumRow = 0;
+    qint16 previousStability = HistoryColumns::kNoStability;
+    for (std::size_t i = 0; i < rows.size(); ++i) {
+        const double value = values[i];
+        if (std::isnan(value))
+            continue;  // no value, no point
+        const bool first = series.y.empty();
+        // Ties keep the earlier reading.
+        if (first || value > series.maximum) {
+            series.maximum = value;
+            maximumRow = i;
+        }
+        if (first || value < series.minimum) {
+            series.minimum = value;
+            minimumRow = i;
+        }
+        const qint16 stability = rows.stability[i];
+        if (stability != HistoryColumns::kNoStability) {
+            if (previousStability != HistoryColumns::kNoStability && stability != previousStability)
+                series.marks.push_back({x[i], value, stability});
+            previousStability = stability;
+        }
+        series.x.push_back(x[i]);
+        series.y.push_back(value);
+        series.stamps.push_back(rows.stamps[i]);
+        series.minutes.push_back(rows.minutes[i]);
+    }
+    if (!series.y.empty()) {
+        series.maximumTime = rows.timeText(maximumRow);
+        series.minimumTime = rows.timeText(minimumRow);
+    }
+    return series;
 }
-
-// Builds one series reading by reading, in time order.
-class SeriesBuilder {
-public:
-    SeriesBuilder(TraceEntry trace, bool singleDay) : singleDay_(singleDay) { series_.trace = std::move(trace); }
-
-    void add(double stamp, const mdb::Value& stored, const mdb::Value& timeText, std::optional<int> stability)
-    {
-        const std::optional<double> value = valueOf(stored);
-        if (!value)
-            return;  // no value, no point
-        int minute = minutesOf(timeText);
-        const double dayFraction = stamp - std::floor(stamp);
-        const int timeOfDay = minute >= 0 ? minute : int(std::lround(dayFraction * 1440.0)) % 1440;
-        if (previousTimeOfDay_ >= 0 && timeOfDay < previousTimeOfDay_)
-            ++dayCounter_;  // the clock went past midnight
-        previousTimeOfDay_ = timeOfDay;
-        const double x = singleDay_ ? 24.0 * dayCounter_ + timeOfDay / 60.0 : stamp - series_.trace.offset;
-
-        const bool first = series_.x.empty();
-        if (first || *value > series_.maximum) {
-            series_.maximum = *value;
-            series_.maximumTime = textOf(timeText);
-        }
-        if (first || *value < series_.minimum) {
-            series_.minimum = *value;
-            series_.minimumTime = textOf(timeText);
-        }
-        if (stability && previousStability_ && *stability != *previousStability_)
-            series_.marks.push_back({x, *value, *stability});
-        if (stability)
-            previousStability_ = stability;
-
-        series_.x.push_back(x);
-        series_.y.push_back(*value);
-        series_.stamps.push_back(stamp);
-        series_.minutes.push_back(qint16(minute));
-    }
-
-    TraceSeries finish() { return std::move(series_); }
-
-private:
-    std::optional<double> valueOf(const mdb::Value& stored) const
-    {
-        if (series_.trace.dataType == DataTypes::kWindDirection) {
-            if (mdb::isNull(stored))
-                return std::nullopt;
-            return double(Compass::code(textOf(stored)));
-        }
-        return ColumnValues::asNumber(stored);
-    }
-
-    bool singleDay_;
-    TraceSeries series_;
-    int dayCounter_ = 0;
-    int previousTimeOfDay_ = -1;
-    std::optional<int> previousStability_;
-};
 
 }  // namespace
 
-TraceReader::TraceReader(GraphRange range, bool singleDay, const Environment& environment)
-    : range_(range), singleDay_(singleDay), environment_(environment)
+TraceReader::TraceReader(GraphRange range, bool singleDay, bool withStability, const Environment& environment)
+    : range_(range), singleDay_(singleDay), withStability_(withStability), environment_(environment)
 {
 }
 
@@ -118,48 +107,28 @@ mdb::Status TraceReader::readGroup(const std::vector<TraceEntry>& traces, const 
 {
     const auto& [database, dataID, offset] = key;
     std::vector<std::size_t> members;
-    QStringList columns = {"TimeText", "Stability"};
+    std::vector<std::size_t> columnOf;
+    QStringList columns;
     for (std::size_t i = 0; i < traces.size(); ++i) {
         const TraceEntry& t = traces[i];
-        if (!done_.contains(i) && t.sourceDatabase == database && t.dataID == dataID && t.offset == offset) {
-            members.push_back(i);
-            const QString column = DataTypes::at(t.dataType).column;
-            if (!columns.contains(column, Qt::CaseInsensitive))
-                columns << column;
+        if (done_.contains(i) || t.sourceDatabase != database || t.dataID != dataID || t.offset != offset)
+            continue;
+        const QString column = DataTypes::at(t.dataType).column;
+        qsizetype at = columns.indexOf(column);
+        if (at < 0) {
+            at = columns.size();
+            columns << column;
         }
+        members.push_back(i);
+        columnOf.push_back(std::size_t(at));
     }
-
-    auto session = DatabaseSession::open(database, DatabaseSession::Access::Read, environment_);
-    if (!session)
-        return session.error();
-    auto table = (*session)->table("History", QStringList(columns) << "SourceID" << "DateRead");
-    if (!table)
-        return table.error();
-    const auto at = [&table](const QString& column) { return std::size_t(table->position(column)); };
-    const std::size_t timeAt = at("DateRead"), textAt = at("TimeText"), stabilityAt = at("Stability");
-
-    std::vector<SeriesBuilder> builders;
-    std::vector<std::size_t> valueAt;
-    for (std::size_t i : members) {
-        builders.emplace_back(traces[i], singleDay_);
-        valueAt.push_back(at(DataTypes::at(traces[i].dataType).column));
-    }
-    const auto visit = [&](const mdb::Row& row) {
-        const auto* stamp = std::get_if<mdb::DateTime>(&row.values[timeAt]);
-        if (!stamp)
-            return true;  // a reading without a time has no place on the axis
-        const std::optional<double> stability = ColumnValues::asNumber(row.values[stabilityAt]);
-        const std::optional<int> level = stability ? std::optional<int>(int(*stability)) : std::nullopt;
-        for (std::size_t b = 0; b < builders.size(); ++b)
-            builders[b].add(stamp->days, row.values[valueAt[b]], row.values[textAt], level);
-        return true;
-    };
     const QDateTime from(range_.first.addDays(offset), QTime(0, 0));
     const QDateTime to(range_.last.addDays(offset), QTime(23, 59));
-    mdb::Status read = (*session)->rowsBetween(*table, {{"SourceID", dataID}}, {"DateRead", from}, to, visit, columns);
-    if (!read)
-        return read;
-    for (std::size_t b = 0; b < builders.size(); ++b)
-        done_[members[b]] = builders[b].finish();
+    auto rows = readHistoryColumns(database, dataID, from, to, columns, withStability_, environment_);
+    if (!rows)
+        return rows.error();
+    const std::vector<double> x = xOf(*rows, singleDay_, offset);
+    for (std::size_t m = 0; m < members.size(); ++m)
+        done_[members[m]] = plot(traces[members[m]], *rows, x, columnOf[m]);
     return mdb::Status::success();
 }

@@ -15,7 +15,8 @@
 // as the Error of the trace that met it; nothing is reported here.
 class TraceReader {
 public:
-    TraceReader(GraphRange range, bool singleDay, const Environment& environment);
+    // With `withStability`, the series carry their stability marks.
+    TraceReader(GraphRange range, bool singleDay, bool withStability, const Environment& environment);
 
     // The series of traces[index]: its readings from 00:00 of the first day
     // to 23:59 of the last, both moved by the trace's offset, in time order.
@@ -28,6 +29,7 @@ private:
 
     GraphRange range_;
     bool singleDay_;
+    bool withStability_;
     const Environment& environment_;
     std::map<std::size_t, TraceSeries> done_;  // by trace index
 };

@@ -1,0 +1,145 @@
+#include "app/GraphBench.h"
+
+#include "app/GraphCommand.h"
+#include "core/db/DatabaseSession.h"
+#include "core/errors/ErrorReporter.h"
+#include "core/errors/MessageBoxes.h"
+#include "core/graphs/Envelope.h"
+#include "core/settings/SettingsModel.h"
+#include "core/text/Clock.h"
+#include "ui/ChartRenderer.h"
+
+#include <QCoreApplication>
+#include <QDir>
+#include <QElapsedTimer>
+#include <QProcess>
+#include <QTemporaryDir>
+
+#include <algorithm>
+#include <functional>
+
+namespace {
+
+constexpr int kRuns = 7;
+const QDate kLastDay(2024, 2, 29);
+const char* const kFavourite = "Four temperatures";
+
+class BenchErrors final : public ErrorReporter, public MessageBoxes {
+public:
+    void report(const QString& message) override { last = message; }
+    void show(const QString&, const QString& text, Icon) override { last = text; }
+    bool askOkCancel(const QString&, const QString&) override { return false; }
+    QString last;
+};
+
+// The median of `kRuns` timed runs, after one that warms the caches.
+std::optional<double> medianMs(const std::function<bool()>& work)
+{
+    if (!work())
+        return std::nullopt;
+    std::vector<double> times;
+    for (int run = 0; run < kRuns; ++run) {
+        QElapsedTimer timer;
+        timer.start();
+        if (!work())
+            return std::nullopt;
+        times.push_back(double(timer.nsecsElapsed()) / 1e6);
+    }
+    std::sort(times.begin(), times.end());
+    return times[times.size() / 2];
+}
+
+QString ms(double value)
+{
+    return QString::number(value, 'f', value < 10 ? 2 : 1) + " ms";
+}
+
+TraceEntry trace(const QString& database, int dataType, int colour)
+{
+    TraceEntry entry;
+    entry.sourceName = "Bench Station";
+    entry.sourceDatabase = database;
+    entry.dataType = dataType;
+    entry.colour = standardColour(colour);
+    return entry;
+}
+
+// The source of the bench's readings and a favourite of four temperatures.
+bool addFavourite(const QString& database, const std::vector<TraceEntry>& traces, const Environment& environment)
+{
+    auto session = DatabaseSession::open(database, DatabaseSession::Access::Write, environment);
+    if (!session)
+        return false;
+    auto sources = (*session)->table("Sources");
+    if (!sources || !(*session)->insert(*sources, {{"SourceID", 0}, {"SourceName", "Bench Station"},
+                                                   {"SourceDatabase", database}, {"DataID", 0}}) ||
+        !(*session)->commit())
+        return false;
+    session->reset();
+    return Favourites::save(database, kFavourite, {false, 364, traces}, environment) != 0;
+}
+
+}  // namespace
+
+int runGraphBench(const QString& databasePath, QTextStream& out, QTextStream& errors)
+{
+    BenchErrors reported;
+    SystemClock clock;
+    const Environment environment{reported, reported, clock};
+    SettingsModel settings;
+    ChartRenderer renderer;
+    QTemporaryDir pictures;
+    const std::vector<TraceEntry> four = {trace(databasePath, 1, 11), trace(databasePath, 6, 10),
+                                          trace(databasePath, 3, 12), trace(databasePath, 7, 13)};
+    if (!addFavourite(databasePath, four, environment)) {
+        errors << "cannot save the bench's favourite: " << reported.last << '\n';
+        return 1;
+    }
+    out << "Graph bench: the ten-year database, " << kRuns << " runs each after a warm-up\n";
+
+    HistoryGraph year(settings, environment, kLastDay);
+    year.apply({false, 364, {four.front()}});
+    const auto oneTrace = medianMs([&] {
+        if (!year.refresh())
+            return false;
+        const GraphData& data = *year.data();
+        return !envelope(data.traces[0].x, data.traces[0].y, data.xMinimum, data.xMaximum, 600).empty();
+    });
+    if (!oneTrace) {
+        errors << "the one-year trace failed: " << reported.last << '\n';
+        return 1;
+    }
+    out << "One-year trace ready to show (" << year.data()->traces[0].size()
+        << " readings: read, plotted, cut to 600 pixel columns): median " << ms(*oneTrace) << '\n';
+
+    for (int days : {365, 7}) {
+        HistoryGraph graph(settings, environment, kLastDay);
+        graph.apply({false, days - 1, four});
+        const QString gif = QDir(pictures.path()).filePath("bench.gif");
+        QString error;
+        const auto toGif = medianMs([&] { return GraphCommand::writePicture(graph, settings, renderer, gif, error); });
+        if (!toGif) {
+            errors << "the four-trace graph failed: " << error << ' ' << reported.last << '\n';
+            return 1;
+        }
+        out << "Four-trace graph of " << (days == 7 ? "a week" : "a year") << " to a 613 x 467 GIF (query included): median "
+            << ms(*toGif) << '\n';
+    }
+
+    const QString program = QCoreApplication::applicationFilePath();
+    const QString settingsFile = QDir(pictures.path()).filePath("bench.ini");
+    const QStringList arguments = {"export-graph", databasePath, kFavourite, QDir(pictures.path()).filePath("cmd.gif"),
+                                   "--to", kLastDay.toString(Qt::ISODate), "--settings", settingsFile};
+    const auto command = medianMs([&] {
+        QProcess process;
+        process.start(program, arguments);
+        return process.waitForFinished(60000) && process.exitCode() == 0;
+    });
+    if (!command) {
+        errors << "the export-graph command failed\n";
+        return 1;
+    }
+    out << "The whole command: nimbrel export-graph (a year, four traces, to GIF), a new process each time: median "
+        << ms(*command) << '\n';
+    return 0;
+}
