@@ -1,6 +1,9 @@
 #include "DatabaseFixture.h"
 #include "core/db/DatabaseSession.h"
+#include "core/graphs/AxisTicks.h"
 #include "core/graphs/DataTypes.h"
+#include "core/graphs/Envelope.h"
+#include "core/graphs/GraphTable.h"
 #include "core/graphs/HistoryGraph.h"
 #include "core/settings/SettingsModel.h"
 
@@ -305,6 +308,109 @@ TEST(TraceEntries, OffsetsAndDefaultColours)
     EXPECT_FALSE(defaultTraceColour(0));
     EXPECT_EQ(DataTypes::name(11), "Wind Direction");
     EXPECT_STREQ(DataTypes::at(1).unit, "Celcius");
+}
+
+}  // namespace
+
+namespace {
+
+// A long range is read in two halves at once: nothing is lost or doubled
+// at the seam, and the order holds.
+TEST_F(HistoryGraphTest, ALongRangeReadsTheSameInTwoHalves)
+{
+    std::vector<Reading> readings;
+    for (int day = -59; day <= 0; ++day) {
+        readings.push_back({at(day, 0, 0), double(day)});
+        readings.push_back({at(day, 23, 59), day + 0.5});
+    }
+    addReadings(7, readings);
+    graph.setRange(today.addDays(-59), today);
+    graph.apply({false, 59, {trace()}});
+    ASSERT_TRUE(graph.refresh());
+    const TraceSeries& series = graph.data()->traces.at(0);
+    ASSERT_EQ(series.size(), readings.size());
+    for (std::size_t i = 0; i < readings.size(); ++i)
+        ASSERT_EQ(series.y[i], readings[i].outTemperature) << "reading " << i;
+    EXPECT_TRUE(std::is_sorted(series.x.begin(), series.x.end()));
+    EXPECT_EQ(series.annotation(), "Max: 0.5 @ 23:59  Min: -59 @ 00:00");
+}
+
+TEST(GraphPieces, EnvelopeKeepsEachColumnsExtremesInOrder)
+{
+    std::vector<double> x, y;
+    for (int i = 0; i < 1000; ++i) {
+        x.push_back(i / 10.0);             // ten points per unit
+        y.push_back((i * 7919) % 101 - 50);  // scattered
+    }
+    const std::vector<QPointF> kept = envelope(x, y, 0, 100, 100);  // one column per unit
+    ASSERT_LE(kept.size(), 200u);
+    for (int column = 0; column < 100; ++column) {
+        const auto first = y.begin() + column * 10;
+        const double low = *std::min_element(first, first + 10);
+        const double high = *std::max_element(first, first + 10);
+        std::vector<double> inColumn;
+        for (const QPointF& p : kept) {
+            if (p.x() >= column && p.x() < column + 1)
+                inColumn.push_back(p.y());
+        }
+        ASSERT_EQ(*std::min_element(inColumn.begin(), inColumn.end()), low) << column;
+        ASSERT_EQ(*std::max_element(inColumn.begin(), inColumn.end()), high) << column;
+    }
+    EXPECT_TRUE(std::is_sorted(kept.begin(), kept.end(), [](const QPointF& a, const QPointF& b) { return a.x() < b.x(); }));
+    EXPECT_EQ(envelope({1, 2, 3}, {4, 5, 6}, 0, 10, 100).size(), 3u) << "a short series comes back whole";
+}
+
+TEST(GraphPieces, AxisTicksFallOnRoundTimesAndValues)
+{
+    const double first = storedDays(QDate(2026, 3, 10));
+    const std::vector<AxisTick> day = AxisTicks::timeTicks(first, first + 1, 8);
+    ASSERT_EQ(day.size(), 9u) << "every three hours";
+    EXPECT_EQ(day.front(), (AxisTick{first, "10-Mar"}));
+    EXPECT_EQ(day[3], (AxisTick{first + 0.375, "09:00"}));
+    EXPECT_EQ(day.back(), (AxisTick{first + 1, "11-Mar"}));
+    const std::vector<AxisTick> year = AxisTicks::timeTicks(first, first + 365, 8);
+    ASSERT_FALSE(year.empty());
+    EXPECT_EQ(year.front().label, "May 26") << "the first of the next odd month";
+    for (const AxisTick& tick : year)
+        EXPECT_EQ(wallClockTime(tick.value).date().day(), 1) << tick.label.toStdString();
+    EXPECT_LE(year.size(), 8u);
+    EXPECT_EQ(AxisTicks::hourTicks(0, 72, 8).size(), 7u);  // every 12 hours: 0, 12 .. 72
+    EXPECT_EQ(AxisTicks::valueTicks(990, 1030, 5),
+              (std::vector<AxisTick>{{990, "990"}, {1000, "1000"}, {1010, "1010"}, {1020, "1020"}, {1030, "1030"}}));
+    EXPECT_EQ(AxisTicks::valueTicks(0, 1, 4).at(1).label, "0.5");
+}
+
+TEST(GraphPieces, TheTableMergesTheTracesByTime)
+{
+    GraphData data;
+    TraceSeries a, b;
+    a.trace.sourceName = b.trace.sourceName = "Home";
+    a.trace.dataType = 1;
+    b.trace.dataType = 6;
+    const double day = storedDays(QDate(2026, 3, 10));
+    for (int i : {0, 1, 2}) {
+        a.x.push_back(day + i / 144.0);
+        a.y.push_back(i);
+        a.stamps.push_back(a.x.back());
+        a.minutes.push_back(qint16(i * 10));
+    }
+    b.x = {a.x[1], a.x[2] + 1 / 144.0};
+    b.y = {-1.5, -2};
+    b.stamps = b.x;
+    b.minutes = {10, 30};
+    data.traces = {a, b};
+    const GraphTable table = tableOf(data);
+    ASSERT_EQ(table.rows(), 4u);
+    EXPECT_EQ(table.headers, (QStringList{"Time", "Label", "Home: Temperature Out", "Home: Dewpoint"}));
+    EXPECT_EQ(table.timeText(0), "10-Mar-2026 00:00");
+    EXPECT_EQ(table.labels[0], "10-Mar-26 00:00");
+    EXPECT_FALSE(table.values[1][0]);
+    EXPECT_EQ(table.values[1][1], -1.5);
+    EXPECT_EQ(table.toCsv(), QByteArray("Time,Label,Home: Temperature Out,Home: Dewpoint\r\n"
+                                        "2026-03-10 00:00,10-Mar-26 00:00,0,\r\n"
+                                        "2026-03-10 00:10,,1,-1.5\r\n"
+                                        "2026-03-10 00:20,,2,\r\n"
+                                        "2026-03-10 00:30,,,-2\r\n"));
 }
 
 }  // namespace
