@@ -55,8 +55,9 @@ const char* const kUsage =
     "  --demo               start the window on the demo station (its own database,\n"
     "                       settings and simulated station file in the user's data folder).\n"
     "  bench db [FOLDER]    build a ten-year database (in FOLDER, kept, or in a\n"
-    "                       temporary folder) and time logging a reading and\n"
-    "                       reading a day, a month and a year of one quantity.\n"
+    "                       temporary folder) and time logging a reading,\n"
+    "                       reading a day, a month and a year of one quantity,\n"
+    "                       and drawing a year's and a week's graph into a GIF.\n"
     "  --verify             (with any other command or the window) check the database\n"
     "                       after every change Nimbrel writes.\n";
 

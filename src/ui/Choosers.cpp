@@ -59,9 +59,15 @@ std::optional<QColor> SystemChoosers::colour(QWidget* parent, const QColor& init
 std::optional<QString> SystemChoosers::text(QWidget* parent, const QString& title, const QString& prompt,
                                             const QString& initial)
 {
-    bool ok = false;
-    const QString answer = QInputDialog::getText(parent, title, prompt, QLineEdit::Normal, initial, &ok);
-    if (!ok)
+    QInputDialog dialog(parent);
+    dialog.setWindowTitle(title);
+    dialog.setLabelText(prompt);
+    dialog.setTextValue(initial);
+    // Wide enough for a source name and a quantity, the usual default; the
+    // dialog's layout sizes itself from its line edit.
+    if (auto* edit = dialog.findChild<QLineEdit*>())
+        edit->setMinimumWidth(edit->fontMetrics().averageCharWidth() * 44);
+    if (dialog.exec() != QDialog::Accepted)
         return std::nullopt;
-    return answer;
+    return dialog.textValue();
 }

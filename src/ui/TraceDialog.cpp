@@ -19,6 +19,7 @@ TraceDialog::TraceDialog(MessageBoxes& boxes, Choosers& choosers, QWidget* paren
 {
     setObjectName("traceDialog");
     setWindowTitle(tr("Add New Trace"));
+    setMinimumWidth(fontMetrics().averageCharWidth() * 60);  // room for the title
     sources_ = new QComboBox(this);
     sources_->setObjectName("traceSourceCombo");
     types_ = new QComboBox(this);

@@ -182,7 +182,7 @@ bool DemoStation::addFavourites(const Environment& environment, QString& error) 
         return entry;
     };
     const std::vector<std::pair<QString, Favourite>> favourites = {
-        {"Temperatures this week", {false, 6, {trace(1, 11), trace(6, 10), trace(7, 13)}}},
+        {"Temperatures this week", {false, 6, {trace(1, 11), trace(6, 10), trace(7, 12)}}},
         {"Barometer, two days", {false, 1, {trace(0, 14)}}},
         {"Today and yesterday", {true, 0, {trace(1, 11), trace(1, 12, -1)}}},
     };
