@@ -23,8 +23,7 @@ mdb::Result<DiaryEntry> load(const QString& databasePath, const QDate& day, cons
     auto session = DatabaseSession::open(databasePath, DatabaseSession::Access::Read, environment);
     if (!session)
         return session.error();
-    static const QStringList columns = NimbrelSchema::columnNames("DayDiary");
-    auto table = (*session)->table("DayDiary", columns);
+    auto table = NimbrelSchema::table(**session, "DayDiary");
     if (!table)
         return table.error();
     auto rows = (*session)->rowsWhere(*table, {{"DiaryDate", midnight(day)}});
@@ -53,8 +52,7 @@ bool save(const QString& databasePath, const QDate& day, const DiaryEntry& entry
     auto session = DatabaseSession::open(databasePath, DatabaseSession::Access::Write, environment);
     if (!session)
         return fail(session.error());
-    static const QStringList columns = NimbrelSchema::columnNames("DayDiary");
-    auto table = (*session)->table("DayDiary", columns);
+    auto table = NimbrelSchema::table(**session, "DayDiary");
     if (!table)
         return fail(table.error());
     auto rows = (*session)->rowsWhere(*table, {{"DiaryDate", midnight(day)}});

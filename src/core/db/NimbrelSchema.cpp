@@ -79,16 +79,18 @@ mdb::Status createDatabase(const std::string& path)
     return mdb::createDatabase(path, createTables);
 }
 
-QStringList columnNames(const std::string& table)
+mdb::Result<SessionTable> table(DatabaseSession& session, const std::string& name)
 {
-    QStringList names;
-    for (const TableSchema& candidate : schema()) {
-        if (candidate.name != table)
-            continue;
-        for (const ColumnSpec& column : candidate.columns)
-            names << QString::fromStdString(column.name);
-    }
-    return names;
+    static const std::map<std::string, QStringList> columnsOf = [] {
+        std::map<std::string, QStringList> lists;
+        for (const TableSchema& candidate : schema()) {
+            for (const ColumnSpec& column : candidate.columns)
+                lists[candidate.name] << QString::fromStdString(column.name);
+        }
+        return lists;
+    }();
+    const auto columns = columnsOf.find(name);
+    return session.table(QString::fromStdString(name), columns == columnsOf.end() ? QStringList() : columns->second);
 }
 
 }  // namespace NimbrelSchema

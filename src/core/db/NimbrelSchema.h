@@ -1,5 +1,6 @@
 #pragma once
 
+#include "core/db/DatabaseSession.h"
 #include "mdb/DatabaseWriter.h"
 
 #include <QStringList>
@@ -19,8 +20,9 @@ mdb::Status createTables(mdb::DatabaseWriter& writer);
 // Makes a new database file holding the five tables; refuses an existing file.
 mdb::Status createDatabase(const std::string& path);
 
-// The columns of one of the five tables, in the order they are made: the
-// one list that the code reading and writing a table takes its columns from.
-QStringList columnNames(const std::string& table);
+// One of the five tables in an open database, checked to hold every column
+// Nimbrel keeps in it: the one list of a table's columns that the code
+// reading and writing the table relies on.
+mdb::Result<SessionTable> table(DatabaseSession& session, const std::string& name);
 
 }  // namespace NimbrelSchema

@@ -69,8 +69,7 @@ bool ReadingLogger::logReading(const QString& databasePath, qint32 sourceID, con
     auto session = DatabaseSession::open(databasePath, DatabaseSession::Access::Write, environment_);
     if (!session)
         return fail(session.error());
-    static const QStringList columns = NimbrelSchema::columnNames("History");
-    auto history = (*session)->table("History", columns);
+    auto history = NimbrelSchema::table(**session, "History");
     if (!history)
         return fail(history.error());
 

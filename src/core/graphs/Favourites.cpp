@@ -37,8 +37,8 @@ mdb::Result<qint32> saveRows(const QString& databasePath, const QString& name, c
     auto session = DatabaseSession::open(databasePath, DatabaseSession::Access::Write, environment);
     if (!session)
         return session.error();
-    auto favourites = (*session)->table("Favorites", NimbrelSchema::columnNames("Favorites"));
-    auto traces = (*session)->table("Traces", NimbrelSchema::columnNames("Traces"));
+    auto favourites = NimbrelSchema::table(**session, "Favorites");
+    auto traces = NimbrelSchema::table(**session, "Traces");
     if (!favourites)
         return favourites.error();
     if (!traces)
@@ -80,7 +80,7 @@ mdb::Result<Favourite> loadRows(const QString& databasePath, qint32 favID,
     if (!session)
         return session.error();
     auto favourites = (*session)->table("Favorites", {"FavID", "DayOnly", "DateRange"});
-    auto traces = (*session)->table("Traces", NimbrelSchema::columnNames("Traces"));
+    auto traces = NimbrelSchema::table(**session, "Traces");
     auto sourceTable = (*session)->table("Sources", {"SourceID", "SourceName"});
     for (const auto* table : {&favourites, &traces, &sourceTable}) {
         if (!*table)

@@ -49,8 +49,7 @@ mdb::Result<OpenSources> openSources(const QString& path, DatabaseSession::Acces
     auto session = DatabaseSession::open(path, access, environment);
     if (!session)
         return session.error();
-    static const QStringList columns = NimbrelSchema::columnNames("Sources");
-    auto table = (*session)->table("Sources", columns);
+    auto table = NimbrelSchema::table(**session, "Sources");
     if (!table)
         return table.error();
     return OpenSources{std::move(*session), std::move(*table)};
