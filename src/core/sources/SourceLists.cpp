@@ -13,98 +13,90 @@ struct ListQuery {
     QString table;
     QString nameColumn;
     QString keyColumn;
-    QString onlyWhere;  // a yes/no column that must be set, or empty
+    QString flagColumn;  // a yes/no column read with each row, or empty
+};
+
+// A row of a list with its flag (false when the query reads none).
+struct ListRow {
+    QString name;
+    qint32 key = 0;
+    bool flag = false;
 };
 
 // The rows' names and keys in key order. Rows without a key are left out: no
 // entry chosen by key could ever find them.
-mdb::Result<QList<ListEntry>> readList(const QString& path, const ListQuery& query, const Environment& environment)
+mdb::Result<QList<ListRow>> readList(const QString& path, const ListQuery& query, const Environment& environment)
 {
     auto session = DatabaseSession::open(path, DatabaseSession::Access::Read, environment);
     if (!session)
         return session.error();
     QStringList columns = {query.keyColumn, query.nameColumn};
-    if (!query.onlyWhere.isEmpty())
-        columns << query.onlyWhere;
+    if (!query.flagColumn.isEmpty())
+        columns << query.flagColumn;
     auto table = (*session)->table(query.table, columns);
     if (!table)
         return table.error();
 
-    QList<ListEntry> entries;
+    QList<ListRow> rows;
     mdb::Status scanned = (*session)->scan(*table, [&](const mdb::Row& row) {
         const QVariant key = table->value(row, query.keyColumn);
-        const bool wanted = query.onlyWhere.isEmpty() || table->value(row, query.onlyWhere).toBool();
-        if (!key.isNull() && wanted)
-            entries.append({table->value(row, query.nameColumn).toString(), key.toInt()});
+        const bool flag = !query.flagColumn.isEmpty() && table->value(row, query.flagColumn).toBool();
+        if (!key.isNull())
+            rows.append({table->value(row, query.nameColumn).toString(), key.toInt(), flag});
         return true;
     }, columns);
     if (!scanned)
         return scanned.error();
-    std::stable_sort(entries.begin(), entries.end(),
-                     [](const ListEntry& a, const ListEntry& b) { return a.key < b.key; });
-    return entries;
+    std::stable_sort(rows.begin(), rows.end(), [](const ListRow& a, const ListRow& b) { return a.key < b.key; });
+    return rows;
 }
 
-QList<ListEntry> reportedList(const QString& path, const ListQuery& query, const Environment& environment,
-                              const QString& prefix)
+QList<ListRow> reportedList(const QString& path, const ListQuery& query, const Environment& environment,
+                            const QString& prefix)
 {
     if (path.isEmpty())
         return {};
     BusyScope busy(environment.busy);
-    auto entries = readList(path, query, environment);
-    if (!entries) {
-        environment.errors.report("\r\n" + prefix + QString::fromStdString(entries.error().message));
+    auto rows = readList(path, query, environment);
+    if (!rows) {
+        environment.errors.report("\r\n" + prefix + QString::fromStdString(rows.error().message));
         return {};
     }
-    return *entries;
+    return *rows;
+}
+
+// The names and keys of the rows, or of the flagged rows only.
+QList<ListEntry> entriesOf(const QList<ListRow>& rows, bool onlyFlagged)
+{
+    QList<ListEntry> entries;
+    for (const ListRow& row : rows) {
+        if (row.flag || !onlyFlagged)
+            entries.append({row.name, row.key});
+    }
+    return entries;
 }
 
 }  // namespace
 
 QList<ListEntry> sourceList(const QString& databasePath, const Environment& environment)
 {
-    return reportedList(databasePath, {"Sources", "SourceName", "SourceID", {}}, environment,
-                        "Database Read Error: ");
+    const ListQuery query{"Sources", "SourceName", "SourceID", {}};
+    return entriesOf(reportedList(databasePath, query, environment, "Database Read Error: "), false);
 }
 
 QList<ListEntry> favouriteList(const QString& databasePath, const Environment& environment, bool onlyExported)
 {
-    return reportedList(databasePath, {"Favorites", "FavName", "FavID", onlyExported ? "Export" : ""}, environment,
-                        "Load Fav Error: ");
+    const ListQuery query{"Favorites", "FavName", "FavID", onlyExported ? "Export" : ""};
+    return entriesOf(reportedList(databasePath, query, environment, "Load Fav Error: "), onlyExported);
 }
 
 QList<FavouriteExport> favouriteExports(const QString& databasePath, const Environment& environment)
 {
-    if (databasePath.isEmpty())
-        return {};
-    BusyScope busy(environment.busy);
-    const auto read = [&]() -> mdb::Result<QList<FavouriteExport>> {
-        auto session = DatabaseSession::open(databasePath, DatabaseSession::Access::Read, environment);
-        if (!session)
-            return session.error();
-        auto table = (*session)->table("Favorites", {"FavID", "FavName", "Export"});
-        if (!table)
-            return table.error();
-        QList<FavouriteExport> favourites;
-        mdb::Status scanned = (*session)->scan(*table, [&](const mdb::Row& row) {
-            const QVariant key = table->value(row, "FavID");
-            if (!key.isNull())
-                favourites.append({table->value(row, "FavName").toString(), key.toInt(),
-                                   table->value(row, "Export").toBool()});
-            return true;
-        });
-        if (!scanned)
-            return scanned.error();
-        std::stable_sort(favourites.begin(), favourites.end(),
-                         [](const FavouriteExport& a, const FavouriteExport& b) { return a.key < b.key; });
-        return favourites;
-    };
-    auto favourites = read();
-    if (!favourites) {
-        environment.errors.report("\r\nLoad Favs Error: " + QString::fromStdString(favourites.error().message));
-        return {};
-    }
-    return *favourites;
+    const ListQuery query{"Favorites", "FavName", "FavID", "Export"};
+    QList<FavouriteExport> favourites;
+    for (const ListRow& row : reportedList(databasePath, query, environment, "Load Favs Error: "))
+        favourites.append({row.name, row.key, row.flag});
+    return favourites;
 }
 
 bool setFavouriteExport(const QString& databasePath, qint32 favID, bool exported, const Environment& environment)
