@@ -1,5 +1,7 @@
 #include "ui/Choosers.h"
 
+#include "core/settings/StoredColour.h"
+
 #include <QColorDialog>
 #include <QFileDialog>
 #include <QInputDialog>
@@ -30,12 +32,12 @@ QString withExtension(const QString& name, const QString& extension)
 
 QColor colourOf(qint32 stored)
 {
-    return QColor(stored & 0xFF, (stored >> 8) & 0xFF, (stored >> 16) & 0xFF);
+    return QColor::fromRgb(StoredColour::toRgb(stored));
 }
 
 qint32 storedColour(const QColor& colour)
 {
-    return qint32(colour.red() | colour.green() << 8 | colour.blue() << 16);
+    return StoredColour::fromRgb(colour.red(), colour.green(), colour.blue());
 }
 
 QString SystemChoosers::openFile(QWidget* parent, const QString& title, const QString& filter)

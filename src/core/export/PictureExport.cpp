@@ -1,6 +1,7 @@
 #include "core/export/PictureExport.h"
 
 #include "core/export/GifFile.h"
+#include "core/settings/StoredColour.h"
 
 #include <QDir>
 
@@ -33,11 +34,9 @@ bool exportPicture(const GraphData& data, int number, const QString& folder, con
     if (folder.isEmpty())
         return false;
     const GraphPicture picture = renderer.render(data, request(data, colours));
-    std::vector<quint32> exact = {quint32(colours.background), quint32(colours.text)};
+    std::vector<quint32> exact = {StoredColour::toRgb(colours.background), StoredColour::toRgb(colours.text)};
     for (const TraceSeries& series : data.traces)
-        exact.push_back(quint32(series.trace.colour));
-    for (quint32& colour : exact)  // stored form (red low) to 0xRRGGBB
-        colour = (colour & 0xFF) << 16 | (colour & 0xFF00) | (colour >> 16 & 0xFF);
+        exact.push_back(StoredColour::toRgb(series.trace.colour));
     return GifFile::write(fileName(folder, number), {picture.width, picture.height, picture.pixels.data()}, exact,
                           error);
 }

@@ -1,6 +1,7 @@
 #include "core/graphs/TraceEntry.h"
 
 #include "core/graphs/DataTypes.h"
+#include "core/settings/StoredColour.h"
 #include "core/text/NumberText.h"
 
 #include <array>
@@ -21,7 +22,7 @@ QString TraceEntry::title() const
 
 qint32 standardColour(int index)
 {
-    // As red, green, blue; stored with red in the low byte.
+    // As red, green, blue.
     static constexpr std::array<std::array<int, 3>, 16> rgb = {{
         {0, 0, 0},       {0, 0, 128},     {0, 128, 0},   {0, 128, 128},
         {128, 0, 0},     {128, 0, 128},   {128, 128, 0}, {192, 192, 192},
@@ -29,7 +30,7 @@ qint32 standardColour(int index)
         {255, 0, 0},     {255, 0, 255},   {255, 255, 0}, {255, 255, 255},
     }};
     const auto& c = rgb[std::size_t(index & 15)];
-    return qint32(c[0] | c[1] << 8 | c[2] << 16);
+    return StoredColour::fromRgb(c[0], c[1], c[2]);
 }
 
 std::optional<qint32> defaultTraceColour(int n)
