@@ -2,7 +2,6 @@
 
 #include "core/errors/ErrorReporter.h"
 #include "core/errors/MessageBoxes.h"
-#include "core/export/GifFile.h"
 #include "core/export/PictureExport.h"
 #include "core/settings/SettingsModel.h"
 #include "core/sources/SourceLists.h"
@@ -108,9 +107,7 @@ bool writePicture(HistoryGraph& graph, const SettingsModel& settings, GraphRende
         return false;
     }
     const GraphColours colours{settings.fontColourExport(), settings.backColourExport()};
-    const GraphData& data = *graph.data();
-    const GraphPicture picture = renderer.render(data, PictureExport::request(data, colours));
-    return GifFile::write(path, {picture.width, picture.height, picture.pixels.data()}, {}, error);
+    return PictureExport::writePicture(*graph.data(), path, colours, renderer, error);
 }
 
 int run(const QStringList& arguments, QTextStream& errors)

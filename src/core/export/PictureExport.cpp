@@ -28,17 +28,22 @@ GraphPictureRequest request(const GraphData& data, const GraphColours& colours)
     return request;
 }
 
+bool writePicture(const GraphData& data, const QString& path, const GraphColours& colours, GraphRenderer& renderer,
+                  QString& error)
+{
+    const GraphPicture picture = renderer.render(data, request(data, colours));
+    std::vector<quint32> exact = {StoredColour::toRgb(colours.background), StoredColour::toRgb(colours.text)};
+    for (const TraceSeries& series : data.traces)
+        exact.push_back(StoredColour::toRgb(series.trace.colour));
+    return GifFile::write(path, {picture.width, picture.height, picture.pixels.data()}, exact, error);
+}
+
 bool exportPicture(const GraphData& data, int number, const QString& folder, const GraphColours& colours,
                    GraphRenderer& renderer, QString& error)
 {
     if (folder.isEmpty())
         return false;
-    const GraphPicture picture = renderer.render(data, request(data, colours));
-    std::vector<quint32> exact = {StoredColour::toRgb(colours.background), StoredColour::toRgb(colours.text)};
-    for (const TraceSeries& series : data.traces)
-        exact.push_back(StoredColour::toRgb(series.trace.colour));
-    return GifFile::write(fileName(folder, number), {picture.width, picture.height, picture.pixels.data()}, exact,
-                          error);
+    return writePicture(data, fileName(folder, number), colours, renderer, error);
 }
 
 }  // namespace PictureExport

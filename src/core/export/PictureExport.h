@@ -17,6 +17,12 @@ QString fileName(const QString& folder, int number);
 // graph's end date moved by the trace's offset.
 GraphPictureRequest request(const GraphData& data, const GraphColours& colours);
 
+// Draws the graph as a picture and writes it to `path` as a GIF whose
+// palette keeps the trace, text and background colours exact; false with
+// `error` saying why when it could not.
+bool writePicture(const GraphData& data, const QString& path, const GraphColours& colours, GraphRenderer& renderer,
+                  QString& error);
+
 // Draws and writes picture `number`. Does nothing when the folder is not
 // set. A failure (a folder that does not exist, a full disk) is silent: it
 // gives false with `error` saying why, for whoever wants to know.
