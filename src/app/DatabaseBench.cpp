@@ -3,7 +3,7 @@
 #include "app/GraphBench.h"
 
 #include "core/db/ColumnValues.h"
-#include "core/db/HistoryRange.h"
+#include "core/db/HistoryColumns.h"
 #include "core/db/NimbrelSchema.h"
 #include "core/db/ReadingLogger.h"
 #include "mdb/Database.h"
@@ -158,7 +158,7 @@ bool timeRangeReads(const QString& path, const Environment& environment, QTextSt
         for (int repeat = 0; repeat < 5; ++repeat) {
             QElapsedTimer timer;
             timer.start();
-            auto read = readHistoryRange(path, 0, span.from, span.to, "OutTemperature", environment);
+            auto read = readHistoryColumns(path, 0, span.from, span.to, {"OutTemperature"}, false, environment);
             times.push_back(double(timer.nsecsElapsed()) / 1e6);
             if (!read) {
                 errors << QString::fromStdString(read.error().message) << '\n';

@@ -1,10 +1,11 @@
 #include "DatabaseFixture.h"
 #include "core/db/ColumnValues.h"
 #include "core/db/DatabaseSession.h"
-#include "core/db/HistoryRange.h"
+#include "core/db/HistoryColumns.h"
 #include "mdb/DatabaseCreator.h"
 
 #include <algorithm>
+#include <cmath>
 #include <random>
 
 namespace {
@@ -33,16 +34,23 @@ void storeReadings(const QString& path, const Environment& environment)
     ASSERT_TRUE((*session)->commit());
 }
 
-class HistoryRangeTest : public DatabaseFixture {};
+class HistoryColumnsTest : public DatabaseFixture {};
 
-TEST_F(HistoryRangeTest, IndexAndFullReadGiveTheSameSamples)
+QDateTime timeOf(double stamp)
+{
+    return ColumnValues::fromDateTime(mdb::DateTime{stamp});
+}
+
+TEST_F(HistoryColumnsTest, IndexAndFullReadGiveTheSameSamples)
 {
     // The same readings in a database without Nimbrel's index.
     const QString plain = folder.file("made in Access.mdb");
     ASSERT_TRUE(mdb::createDatabase(plain.toStdString(), [](mdb::DatabaseWriter& writer) {
         return writer.createTable("History", {{"DateRead", mdb::ColumnType::DateTime},
                                               {"OutTemperature", mdb::ColumnType::Double},
-                                              {"SourceID", mdb::ColumnType::Long}},
+                                              {"SourceID", mdb::ColumnType::Long},
+                                              {"TimeText", mdb::ColumnType::Text, 5},
+                                              {"Stability", mdb::ColumnType::Integer}},
                                   {});
     }));
     storeReadings(path, environment);
@@ -52,34 +60,34 @@ TEST_F(HistoryRangeTest, IndexAndFullReadGiveTheSameSamples)
     const QDateTime to(QDate(2026, 3, 2), QTime(23, 30));
     for (const QString& database : {path, plain}) {
         SCOPED_TRACE(database.toStdString());
-        auto samples = readHistoryRange(database, 1, from, to, "outtemperature", environment);
-        ASSERT_TRUE(samples) << samples.error().message;
-        ASSERT_EQ(samples->size(), 48u) << "both ends included";
-        EXPECT_EQ(samples->front().time(), from);
-        EXPECT_EQ(samples->back().time(), to);
-        for (std::size_t i = 0; i < samples->size(); ++i) {
+        auto rows = readHistoryColumns(database, 1, from, to, {"outtemperature"}, false, environment);
+        ASSERT_TRUE(rows) << rows.error().message;
+        ASSERT_EQ(rows->size(), 48u) << "both ends included";
+        EXPECT_EQ(timeOf(rows->stamps.front()), from);
+        EXPECT_EQ(timeOf(rows->stamps.back()), to);
+        for (std::size_t i = 0; i < rows->size(); ++i) {
             const int step = 48 + int(i);
-            EXPECT_EQ((*samples)[i].time(), QDateTime(QDate(2026, 3, 1), QTime(0, 0)).addSecs(1800LL * step));
+            EXPECT_EQ(timeOf(rows->stamps[i]), QDateTime(QDate(2026, 3, 1), QTime(0, 0)).addSecs(1800LL * step));
             if (step % 10 == 3)
-                EXPECT_FALSE((*samples)[i].value.has_value());
+                EXPECT_TRUE(std::isnan(rows->values[0][i])) << "no value";
             else
-                EXPECT_EQ((*samples)[i].value, 100 + step / 2.0);
+                EXPECT_EQ(rows->values[0][i], 100 + step / 2.0);
         }
     }
     EXPECT_TRUE(errors.empty());
 }
 
-TEST_F(HistoryRangeTest, EmptyRangesAndMissingColumns)
+TEST_F(HistoryColumnsTest, EmptyRangesAndMissingColumns)
 {
     storeReadings(path, environment);
     const QDateTime day(QDate(2026, 3, 2), QTime(0, 0));
-    auto none = readHistoryRange(path, 7, day, day.addDays(1), "OutTemperature", environment);
+    auto none = readHistoryColumns(path, 7, day, day.addDays(1), {"OutTemperature"}, false, environment);
     ASSERT_TRUE(none);
-    EXPECT_TRUE(none->empty()) << "no such source";
-    auto reversed = readHistoryRange(path, 0, day.addDays(1), day, "OutTemperature", environment);
+    EXPECT_EQ(none->size(), 0u) << "no such source";
+    auto reversed = readHistoryColumns(path, 0, day.addDays(1), day, {"OutTemperature"}, false, environment);
     ASSERT_TRUE(reversed);
-    EXPECT_TRUE(reversed->empty());
-    auto missing = readHistoryRange(path, 0, day, day.addDays(1), "Sunshine", environment);
+    EXPECT_EQ(reversed->size(), 0u);
+    auto missing = readHistoryColumns(path, 0, day, day.addDays(1), {"Sunshine"}, false, environment);
     ASSERT_FALSE(missing);
     EXPECT_EQ(missing.error().message, "table History has no column Sunshine");
 }
