@@ -1,5 +1,6 @@
 #include "app/DatabaseBench.h"
 
+#include "app/BenchSupport.h"
 #include "app/GraphBench.h"
 
 #include "core/db/ColumnValues.h"
@@ -7,8 +8,6 @@
 #include "core/db/NimbrelSchema.h"
 #include "core/db/ReadingLogger.h"
 #include "mdb/Database.h"
-#include "core/errors/ErrorReporter.h"
-#include "core/errors/MessageBoxes.h"
 #include "core/settings/SettingsModel.h"
 #include "core/sources/WeatherSource.h"
 #include "core/text/Clock.h"
@@ -31,18 +30,6 @@ constexpr int kCommitEvery = 52560;
 constexpr int kLoggedReadings = 200;
 const QDateTime kFirstReading(QDate(2016, 1, 1), QTime(0, 0));
 
-class CountingErrors final : public ErrorReporter {
-public:
-    void report(const QString& message) override { last = message; ++count; }
-    QString last;
-    int count = 0;
-};
-
-class SilentBoxes final : public MessageBoxes {
-public:
-    void show(const QString&, const QString&, Icon) override {}
-    bool askOkCancel(const QString&, const QString&) override { return false; }
-};
 
 // A plausible reading for step `i`: daily and yearly temperature swings,
 // pressure drifting round 1013 hPa, rain accumulating in showers.
@@ -73,11 +60,6 @@ struct Weather {
 
     double noise(double spread) { return std::normal_distribution<double>(0, spread)(random); }
 };
-
-QString milliseconds(double ms)
-{
-    return QString::number(ms, 'f', ms < 10 ? 2 : 1) + " ms";
-}
 
 bool buildTenYears(const QString& path, QTextStream& out, QTextStream& errors)
 {
@@ -114,7 +96,7 @@ bool buildTenYears(const QString& path, QTextStream& out, QTextStream& errors)
     return true;
 }
 
-bool timeLogReading(const QString& path, const Environment& environment, CountingErrors& reported,
+bool timeLogReading(const QString& path, const Environment& environment, BenchErrors& reported,
                     QTextStream& out, QTextStream& errors)
 {
     ReadingLogger logger(environment);
@@ -183,10 +165,9 @@ int runDatabaseBench(QTextStream& out, QTextStream& errors, const QString& keepI
         return 1;
     }
     const QString path = QDir(keepIn.isEmpty() ? temporary.path() : keepIn).filePath("ten years.mdb");
-    CountingErrors reported;
-    SilentBoxes boxes;
+    BenchErrors reported;
     SystemClock clock;
-    const Environment environment{reported, boxes, clock};
+    const Environment environment{reported, reported, clock};
 
     out << "Database bench: one source, a reading every ten minutes for ten years\n";
     out.flush();

@@ -1,9 +1,8 @@
 #include "app/GraphBench.h"
 
+#include "app/BenchSupport.h"
 #include "app/GraphCommand.h"
 #include "core/db/DatabaseSession.h"
-#include "core/errors/ErrorReporter.h"
-#include "core/errors/MessageBoxes.h"
 #include "core/graphs/Envelope.h"
 #include "core/settings/SettingsModel.h"
 #include "core/text/Clock.h"
@@ -24,14 +23,6 @@ constexpr int kRuns = 7;
 const QDate kLastDay(2024, 2, 29);
 const char* const kFavourite = "Four temperatures";
 
-class BenchErrors final : public ErrorReporter, public MessageBoxes {
-public:
-    void report(const QString& message) override { last = message; }
-    void show(const QString&, const QString& text, Icon) override { last = text; }
-    bool askOkCancel(const QString&, const QString&) override { return false; }
-    QString last;
-};
-
 // The median of `kRuns` timed runs, after one that warms the caches.
 std::optional<double> medianMs(const std::function<bool()>& work)
 {
@@ -47,11 +38,6 @@ std::optional<double> medianMs(const std::function<bool()>& work)
     }
     std::sort(times.begin(), times.end());
     return times[times.size() / 2];
-}
-
-QString ms(double value)
-{
-    return QString::number(value, 'f', value < 10 ? 2 : 1) + " ms";
 }
 
 TraceEntry trace(const QString& database, int dataType, int colour)
@@ -110,7 +96,7 @@ int runGraphBench(const QString& databasePath, QTextStream& out, QTextStream& er
         return 1;
     }
     out << "One-year trace ready to show (" << year.data()->traces[0].size()
-        << " readings: read, plotted, cut to 600 pixel columns): median " << ms(*oneTrace) << '\n';
+        << " readings: read, plotted, cut to 600 pixel columns): median " << milliseconds(*oneTrace) << '\n';
 
     for (int days : {365, 7}) {
         HistoryGraph graph(settings, environment, kLastDay);
@@ -123,7 +109,7 @@ int runGraphBench(const QString& databasePath, QTextStream& out, QTextStream& er
             return 1;
         }
         out << "Four-trace graph of " << (days == 7 ? "a week" : "a year") << " to a 613 x 467 GIF (query included): median "
-            << ms(*toGif) << '\n';
+            << milliseconds(*toGif) << '\n';
     }
 
     const QString program = QCoreApplication::applicationFilePath();
@@ -140,6 +126,6 @@ int runGraphBench(const QString& databasePath, QTextStream& out, QTextStream& er
         return 1;
     }
     out << "The whole command: nimbrel export-graph (a year, four traces, to GIF), a new process each time: median "
-        << ms(*command) << '\n';
+        << milliseconds(*command) << '\n';
     return 0;
 }
