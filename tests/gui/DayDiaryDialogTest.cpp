@@ -5,6 +5,7 @@
 #include "core/text/Clock.h"
 #include "support/TestSupport.h"
 #include "DatabaseWorker.h"
+#include "WidgetTestSupport.h"
 
 #include <QCheckBox>
 #include <QDateEdit>
@@ -34,21 +35,11 @@ class DayDiaryDialogTest : public QObject {
         template <typename T>
         T* find(const QString& name) const
         {
-            T* found = dialog->findChild<T*>(name);
-            if (!found)
-                qFatal("no %s", qPrintable(name));
-            return found;
+            return namedChild<T>(dialog.get(), name);
         }
         QPushButton* saveButton() const { return find<QPushButton>("saveButton"); }
         QString text() const { return find<QPlainTextEdit>("commentaryEdit")->toPlainText(); }
-        // Waits until the database work asked for so far has come back.
-        void settle() const
-        {
-            bool drained = false;
-            worker.service->request<bool>(
-                dialog.get(), [] { return true; }, [&drained](const bool&) { drained = true; });
-            QTRY_VERIFY_WITH_TIMEOUT(drained, 10000);
-        }
+        void settle() const { worker.settle(dialog.get()); }
     };
 
     std::unique_ptr<Open> open(const QList<std::pair<QDate, DiaryEntry>>& entries = {})
@@ -95,8 +86,7 @@ private slots:
         run->settle();
         QCOMPARE(run->text(), QString("Frost at dawn"));
         QVERIFY(run->errors.empty());
-        QDir().mkpath("screens");
-        run->dialog->grab().save("screens/day-diary.png");
+        saveGrab(run->dialog.get(), "day-diary.png");
     }
 
     void editsEnableSaveAndASaveStoresThemAsTyped()

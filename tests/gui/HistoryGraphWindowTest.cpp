@@ -10,6 +10,7 @@
 #include "ui/TraceDialog.h"
 #include "support/TestSupport.h"
 #include "ScriptedChoosers.h"
+#include "WidgetTestSupport.h"
 
 #include <QAction>
 #include <QComboBox>
@@ -49,10 +50,7 @@ class HistoryGraphWindowTest : public QObject {
         template <typename T>
         T* find(const QString& name) const
         {
-            T* found = window->findChild<T*>(name);
-            if (!found)
-                qFatal("no %s", qPrintable(name));
-            return found;
+            return namedChild<T>(window.get(), name);
         }
         GraphController* graph() const { return window->findChild<GraphController*>(); }
         const GraphUpdate& shown() const { return graph()->shown(); }
@@ -88,13 +86,6 @@ class HistoryGraphWindowTest : public QObject {
         if (!drawn)
             qFatal("the first favourite was not drawn");
         return run;
-    }
-
-    static void saveGrab(QWidget* widget, const QString& name)
-    {
-        QDir().mkpath("screens");
-        QTest::qWait(150);
-        widget->grab().save("screens/" + name);
     }
 
 private slots:

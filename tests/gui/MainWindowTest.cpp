@@ -15,6 +15,7 @@
 #include "mdb/FileSystem.h"
 #include "support/TestSupport.h"
 #include "ScriptedChoosers.h"
+#include "WidgetTestSupport.h"
 
 #include <QAction>
 #include <QCheckBox>
@@ -101,36 +102,20 @@ class MainWindowTest : public QObject {
         return run;
     }
 
-    template <typename T>
-    static T* find(QObject* window, const QString& name)
-    {
-        T* found = window->findChild<T*>(name);
-        if (!found)
-            qFatal("no %s", qPrintable(name));
-        return found;
-    }
-
-    static void saveGrab(QWidget* widget, const QString& name)
-    {
-        QDir().mkpath("screens");
-        QTest::qWait(100);  // let the layouts follow the new texts first
-        widget->grab().save("screens/" + name);
-    }
-
 private slots:
     void startShowsTheFirstSourceAtOnce()
     {
         auto run = start();
-        auto* sources = find<QComboBox>(run->window.get(), "currentSourceCombo");
+        auto* sources = namedChild<QComboBox>(run->window.get(), "currentSourceCombo");
         QTRY_COMPARE(sources->count(), 1);
         QCOMPARE(sources->currentText(), QString("Demo Station"));
-        QCOMPARE(find<QComboBox>(run->window.get(), "testSourceCombo")->currentText(), QString("Demo Station"));
+        QCOMPARE(namedChild<QComboBox>(run->window.get(), "testSourceCombo")->currentText(), QString("Demo Station"));
 
         const WeatherReading expected = StationSimulator::weatherAt(kNow);
-        auto* temperature = find<QLabel>(run->window.get(), "temperatureOutValue");
+        auto* temperature = namedChild<QLabel>(run->window.get(), "temperatureOutValue");
         QTRY_COMPARE(temperature->text(), NumberText::generalNumber(expected.temperatureOut()));
-        QCOMPARE(find<QLabel>(run->window.get(), "readTimeValue")->text(), QString("14:23 10-Mar-2026"));
-        QCOMPARE(find<QLabel>(run->window.get(), "windText")->text(),
+        QCOMPARE(namedChild<QLabel>(run->window.get(), "readTimeValue")->text(), QString("14:23 10-Mar-2026"));
+        QCOMPARE(namedChild<QLabel>(run->window.get(), "windText")->text(),
                  "Wind: " + expected.windDirection() + " @ " + NumberText::generalNumber(expected.windSpeed()) +
                      "knots ");
         QVERIFY(run->window->timer()->isActive());
@@ -164,14 +149,14 @@ private slots:
         panel->display(conditions);
         status.display(conditions);
 
-        QCOMPARE(find<QLabel>(&window, "trendPicture")->toolTip(), QString("up"));
-        QCOMPARE(find<QLabel>(&window, "weatherPicture")->toolTip(), QString("rain"));
-        QVERIFY(!find<QLabel>(&window, "weatherPicture")->pixmap().isNull());
-        auto* rain = find<QWidget>(&window, "rain");
+        QCOMPARE(namedChild<QLabel>(&window, "trendPicture")->toolTip(), QString("up"));
+        QCOMPARE(namedChild<QLabel>(&window, "weatherPicture")->toolTip(), QString("rain"));
+        QVERIFY(!namedChild<QLabel>(&window, "weatherPicture")->pixmap().isNull());
+        auto* rain = namedChild<QWidget>(&window, "rain");
         auto* rainPicture = rain->findChildren<QLabel*>().front();
         QCOMPARE(rainPicture->toolTip(), QString("storm"));
         QVERIFY(rainPicture->isVisible());
-        QCOMPARE(find<QLabel>(&window, "rainText")->text(), conditions.panelText("rain"));
+        QCOMPARE(namedChild<QLabel>(&window, "rainText")->text(), conditions.panelText("rain"));
         saveGrab(&window, "storm-and-rising-pressure.png");
 
         // Every picture, large and small, for a person to look at.
@@ -210,7 +195,7 @@ private slots:
         status.display(conditions);
         QTest::qWait(50);
         for (const QString& key : CurrentConditions::panelKeys()) {
-            auto* text = find<QLabel>(&window, key + "Text");
+            auto* text = namedChild<QLabel>(&window, key + "Text");
             const int shown = text->visibleRegion().boundingRect().width();
             QVERIFY2(shown >= text->fontMetrics().horizontalAdvance(text->text()),
                      qPrintable(key + ": " + text->text() + QString(" shown in %1 pixels").arg(shown)));
@@ -227,7 +212,7 @@ private slots:
         QCOMPARE(box.text, "Welcome to " + QGuiApplication::applicationDisplayName() +
                                "\r\nPlease setup your preferences under the Options Menu");
         QCOMPARE(box.icon, MessageBoxes::Icon::Information);
-        QCOMPARE(find<QComboBox>(run->window.get(), "currentSourceCombo")->count(), 0);
+        QCOMPARE(namedChild<QComboBox>(run->window.get(), "currentSourceCombo")->count(), 0);
     }
 
     // A new user's first run: a database made from the preferences, a source
@@ -242,33 +227,33 @@ private slots:
         QString error;
         QVERIFY2(StationSimulator::writeCurrentDataFile(stationFile, kNow, error), qPrintable(error));
 
-        find<QAction>(run->window.get(), "preferencesAction")->trigger();
-        auto* dialog = find<PreferencesDialog>(run->window.get(), "preferencesDialog");
+        namedChild<QAction>(run->window.get(), "preferencesAction")->trigger();
+        auto* dialog = namedChild<PreferencesDialog>(run->window.get(), "preferencesDialog");
         const QString database = run->folder.file("My Weather.mdb");
         run->choosers.files = {run->folder.file("My Weather")};
-        find<QPushButton>(dialog, "newDatabaseButton")->click();
-        QTRY_COMPARE(find<QLineEdit>(dialog, "primaryDatabaseEdit")->text(), database);
-        find<QPushButton>(dialog, "newSourceButton")->click();
-        QTRY_COMPARE(find<QLabel>(dialog, "sourceNumberLabel")->text(), QString("Source No.0"));
-        QTest::keyClicks(find<QLineEdit>(dialog, "sourceNameEdit"), "Back Garden");
+        namedChild<QPushButton>(dialog, "newDatabaseButton")->click();
+        QTRY_COMPARE(namedChild<QLineEdit>(dialog, "primaryDatabaseEdit")->text(), database);
+        namedChild<QPushButton>(dialog, "newSourceButton")->click();
+        QTRY_COMPARE(namedChild<QLabel>(dialog, "sourceNumberLabel")->text(), QString("Source No.0"));
+        QTest::keyClicks(namedChild<QLineEdit>(dialog, "sourceNameEdit"), "Back Garden");
         run->choosers.files = {stationFile, database};
-        find<QPushButton>(dialog, "pickSourceFileButton")->click();
-        find<QPushButton>(dialog, "pickSourceDatabaseButton")->click();
-        find<QLineEdit>(dialog, "logMultipleEdit")->setText("1");
+        namedChild<QPushButton>(dialog, "pickSourceFileButton")->click();
+        namedChild<QPushButton>(dialog, "pickSourceDatabaseButton")->click();
+        namedChild<QLineEdit>(dialog, "logMultipleEdit")->setText("1");
         saveGrab(dialog, "setup-source.png");
-        find<QPushButton>(dialog, "saveSourceButton")->click();
-        QTRY_VERIFY(!find<QPushButton>(dialog, "saveSourceButton")->isEnabled());
+        namedChild<QPushButton>(dialog, "saveSourceButton")->click();
+        QTRY_VERIFY(!namedChild<QPushButton>(dialog, "saveSourceButton")->isEnabled());
 
-        find<QTabWidget>(dialog, "preferencesTabs")->setCurrentIndex(3);
-        find<QCheckBox>(dialog, "autoRefreshCheck")->click();
-        find<QCheckBox>(dialog, "autoDatabaseCheck")->click();
+        namedChild<QTabWidget>(dialog, "preferencesTabs")->setCurrentIndex(3);
+        namedChild<QCheckBox>(dialog, "autoRefreshCheck")->click();
+        namedChild<QCheckBox>(dialog, "autoDatabaseCheck")->click();
         saveGrab(dialog, "setup-auto-refresh.png");
-        find<QPushButton>(dialog, "okButton")->click();
+        namedChild<QPushButton>(dialog, "okButton")->click();
         QVERIFY(!dialog->isVisible());
         QCOMPARE(QSettings(run->folder.file("fresh.ini"), QSettings::IniFormat).value("Data/Database").toString(),
                  database);
 
-        auto* sources = find<QComboBox>(run->window.get(), "currentSourceCombo");
+        auto* sources = namedChild<QComboBox>(run->window.get(), "currentSourceCombo");
         QTRY_COMPARE(sources->currentText(), QString("Back Garden"));
         run->window->timer()->stop();
         QTest::qWait(100);  // the cycle's last tick has finished
@@ -310,7 +295,7 @@ private slots:
         if (!TrayIcon::available())
             QVERIFY(run->window->statusBar()->currentMessage().contains("no notification area"));
 
-        QAction* pause = find<QAction>(tray->menu(), "pauseTrayAction");
+        QAction* pause = namedChild<QAction>(tray->menu(), "pauseTrayAction");
         pause->trigger();
         QVERIFY(pause->isChecked());
         QVERIFY(!run->window->timer()->isActive());
@@ -327,7 +312,7 @@ private slots:
     void trayMenuExitClosesTheWindow()
     {
         auto run = start();
-        QPointer<QAction> exit = find<QAction>(run->window->tray()->menu(), "closeTrayAction");
+        QPointer<QAction> exit = namedChild<QAction>(run->window->tray()->menu(), "closeTrayAction");
         exit->trigger();
         QVERIFY(!run->window->isVisible());
         QVERIFY2(exit, "the item was deleted while its click was still being handled");
@@ -349,8 +334,8 @@ private slots:
     void notesAndTheLaterRemoteDialog()
     {
         auto run = start();
-        QVERIFY(!find<QAction>(run->window.get(), "remoteDataAction")->isEnabled());
-        find<QAction>(run->window.get(), "notesAction")->trigger();
+        QVERIFY(!namedChild<QAction>(run->window.get(), "remoteDataAction")->isEnabled());
+        namedChild<QAction>(run->window.get(), "notesAction")->trigger();
         QVERIFY(run->boxes.boxes().back().text.contains("https://"));
     }
 
@@ -358,12 +343,12 @@ private slots:
     {
         auto run = start();
         QVERIFY(!QFile::exists(run->demo.feedFile()));
-        QTRY_COMPARE(find<QComboBox>(run->window.get(), "testSourceCombo")->count(), 1);
-        find<QPushButton>(run->window.get(), "exportFeedButton")->click();
+        QTRY_COMPARE(namedChild<QComboBox>(run->window.get(), "testSourceCombo")->count(), 1);
+        namedChild<QPushButton>(run->window.get(), "exportFeedButton")->click();
         QTRY_VERIFY(QFile::exists(run->demo.feedFile()));
         QTRY_VERIFY(readAll(run->demo.feedFile()).contains("<title>Demo Station weather</title>"));
         QVERIFY(run->errors.empty());
-        find<QTabWidget>(run->window.get(), "mainTabs")->setCurrentIndex(1);
+        namedChild<QTabWidget>(run->window.get(), "mainTabs")->setCurrentIndex(1);
         saveGrab(run->window.get(), "exports-tab.png");
     }
 
@@ -372,21 +357,21 @@ private slots:
     void preferencesHoldTheCycleAndReloadTheSources()
     {
         auto run = start();
-        auto* sources = find<QComboBox>(run->window.get(), "currentSourceCombo");
+        auto* sources = namedChild<QComboBox>(run->window.get(), "currentSourceCombo");
         QTRY_COMPARE(sources->count(), 1);
-        find<QAction>(run->window.get(), "preferencesAction")->trigger();
-        auto* dialog = find<PreferencesDialog>(run->window.get(), "preferencesDialog");
+        namedChild<QAction>(run->window.get(), "preferencesAction")->trigger();
+        auto* dialog = namedChild<PreferencesDialog>(run->window.get(), "preferencesDialog");
         QVERIFY(dialog->isVisible());
         QVERIFY(!run->window->timer()->isActive());
-        QTRY_COMPARE(find<QLabel>(dialog, "sourceNumberLabel")->text(), QString("Source No.0"));
+        QTRY_COMPARE(namedChild<QLabel>(dialog, "sourceNumberLabel")->text(), QString("Source No.0"));
 
-        find<QPushButton>(dialog, "newSourceButton")->click();
-        QTRY_COMPARE(find<QLabel>(dialog, "sourceNumberLabel")->text(), QString("Source No.1"));
-        QTest::keyClicks(find<QLineEdit>(dialog, "sourceNameEdit"), "Roof");
-        QTest::keyClicks(find<QLineEdit>(dialog, "sourceFileEdit"), run->demo.stationFile());
-        find<QPushButton>(dialog, "saveSourceButton")->click();
-        QTRY_VERIFY(!find<QPushButton>(dialog, "saveSourceButton")->isEnabled());
-        find<QPushButton>(dialog, "okButton")->click();
+        namedChild<QPushButton>(dialog, "newSourceButton")->click();
+        QTRY_COMPARE(namedChild<QLabel>(dialog, "sourceNumberLabel")->text(), QString("Source No.1"));
+        QTest::keyClicks(namedChild<QLineEdit>(dialog, "sourceNameEdit"), "Roof");
+        QTest::keyClicks(namedChild<QLineEdit>(dialog, "sourceFileEdit"), run->demo.stationFile());
+        namedChild<QPushButton>(dialog, "saveSourceButton")->click();
+        QTRY_VERIFY(!namedChild<QPushButton>(dialog, "saveSourceButton")->isEnabled());
+        namedChild<QPushButton>(dialog, "okButton")->click();
         QVERIFY(!dialog->isVisible());
         QVERIFY(run->window->timer()->isActive());
         QTRY_COMPARE(sources->count(), 2);
@@ -394,17 +379,17 @@ private slots:
         QVERIFY(run->errors.empty());
 
         // Paused from the tray: the cycle stays paused after the dialog.
-        find<QAction>(run->window->tray()->menu(), "pauseTrayAction")->trigger();
-        find<QAction>(run->window.get(), "preferencesAction")->trigger();
-        find<QPushButton>(dialog, "cancelButton")->click();
+        namedChild<QAction>(run->window->tray()->menu(), "pauseTrayAction")->trigger();
+        namedChild<QAction>(run->window.get(), "preferencesAction")->trigger();
+        namedChild<QPushButton>(dialog, "cancelButton")->click();
         QVERIFY(!run->window->timer()->isActive());
     }
 
     void dayLogButtonOpensTodaysDiary()
     {
         auto run = start();
-        find<QPushButton>(run->window.get(), "dayLogButton")->click();
-        auto* diary = find<DayDiaryDialog>(run->window.get(), "dayDiaryDialog");
+        namedChild<QPushButton>(run->window.get(), "dayLogButton")->click();
+        auto* diary = namedChild<DayDiaryDialog>(run->window.get(), "dayDiaryDialog");
         QVERIFY(diary->isVisible());
         QCOMPARE(diary->day(), kNow.date());
     }
@@ -412,16 +397,16 @@ private slots:
     void aboutBoxShowsTheVersionAndTheSystemTool()
     {
         auto run = start();
-        find<QAction>(run->window.get(), "aboutAction")->trigger();
-        auto* about = find<AboutDialog>(run->window.get(), "aboutDialog");
+        namedChild<QAction>(run->window.get(), "aboutAction")->trigger();
+        auto* about = namedChild<AboutDialog>(run->window.get(), "aboutDialog");
         QVERIFY(about->isVisible());
-        QVERIFY(find<QLabel>(about, "aboutText")->text().contains(QCoreApplication::applicationVersion()));
+        QVERIFY(namedChild<QLabel>(about, "aboutText")->text().contains(QCoreApplication::applicationVersion()));
         about->accept();
 
         TempFolder tools;
         QCOMPARE(systemInformationTool({tools.path()}), QString());
         AboutDialog without("https://example.org", QString());
-        auto* button = find<QPushButton>(&without, "systemInfoButton");
+        auto* button = namedChild<QPushButton>(&without, "systemInfoButton");
         QVERIFY(!button->isEnabled());
         QCOMPARE(button->text(), QString("No system information tool found"));
 
@@ -429,7 +414,7 @@ private slots:
         QFile::setPermissions(hardinfo, QFile::ReadOwner | QFile::WriteOwner | QFile::ExeOwner);
         QCOMPARE(systemInformationTool({tools.path()}), hardinfo);
         AboutDialog with("https://example.org", hardinfo);
-        QVERIFY(find<QPushButton>(&with, "systemInfoButton")->isEnabled());
+        QVERIFY(namedChild<QPushButton>(&with, "systemInfoButton")->isEnabled());
     }
 
     void closingStopsTheCycleAndRemembersTheWindow()

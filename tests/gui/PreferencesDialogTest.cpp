@@ -8,6 +8,7 @@
 #include "support/TestSupport.h"
 #include "DatabaseWorker.h"
 #include "ScriptedChoosers.h"
+#include "WidgetTestSupport.h"
 
 #include <QCheckBox>
 #include <QComboBox>
@@ -43,10 +44,7 @@ class PreferencesDialogTest : public QObject {
         template <typename T>
         T* find(const QString& name) const
         {
-            T* found = dialog->findChild<T*>(name);
-            if (!found)
-                qFatal("no %s", qPrintable(name));
-            return found;
+            return namedChild<T>(dialog.get(), name);
         }
         QLineEdit* edit(const QString& name) const { return find<QLineEdit>(name); }
         void click(const QString& name) const { find<QPushButton>(name)->click(); }
@@ -58,14 +56,7 @@ class PreferencesDialogTest : public QObject {
                 texts << box.title + ": " + box.text;
             return texts;
         }
-        // Waits until the database work asked for so far has come back.
-        void settle() const
-        {
-            bool drained = false;
-            worker.service->request<bool>(
-                dialog.get(), [] { return true; }, [&drained](const bool&) { drained = true; });
-            QTRY_VERIFY_WITH_TIMEOUT(drained, 10000);
-        }
+        void settle() const { worker.settle(dialog.get()); }
     };
 
     std::unique_ptr<Open> open(const QList<qint32>& sources = {0, 1, 3})
@@ -102,12 +93,6 @@ class PreferencesDialogTest : public QObject {
         }
         if (!(*session)->commit())
             qFatal("commit");
-    }
-
-    static void saveGrab(QWidget* widget, const QString& name)
-    {
-        QDir().mkpath("screens");
-        widget->grab().save("screens/" + name);
     }
 
 private slots:
