@@ -128,6 +128,7 @@ QWidget* MainWindow::buildConditionsTab()
 QWidget* MainWindow::buildExportsTab()
 {
     auto* page = new QWidget(this);
+    page->setObjectName("exportsTab");
     auto* rss = new QGroupBox(tr("Test RSS Export"), page);
     testSources_ = new QComboBox(rss);
     testSources_->setObjectName("testSourceCombo");

@@ -348,7 +348,8 @@ private slots:
         QTRY_VERIFY(QFile::exists(run->demo.feedFile()));
         QTRY_VERIFY(readAll(run->demo.feedFile()).contains("<title>Demo Station weather</title>"));
         QVERIFY(run->errors.empty());
-        namedChild<QTabWidget>(run->window.get(), "mainTabs")->setCurrentIndex(1);
+        namedChild<QTabWidget>(run->window.get(), "mainTabs")
+            ->setCurrentWidget(namedChild<QWidget>(run->window.get(), "exportsTab"));
         saveGrab(run->window.get(), "exports-tab.png");
     }
 
