@@ -9,8 +9,7 @@
 #include "ui/MainWindow.h"
 #include "ui/TraceDialog.h"
 #include "support/TestSupport.h"
-#include "ScriptedChoosers.h"
-#include "WidgetTestSupport.h"
+#include "DemoWindow.h"
 
 #include <QAction>
 #include <QComboBox>
@@ -33,25 +32,9 @@ class HistoryGraphWindowTest : public QObject {
 
     const QDateTime kNow{QDate(2026, 3, 10), QTime(14, 23, 0)};
 
-    struct Running {
-        TempFolder folder;
-        RecordingErrors errors;
-        RecordingMessageBoxes boxes;
-        FixedClock clock;
-        Environment environment{errors, boxes, clock};
-        DemoStation demo{folder.file("Demo")};
-        std::unique_ptr<QSettings> store;
-        SettingsModel settings;
-        ScriptedChoosers choosers;
-        std::unique_ptr<MainWindow> window;
+    struct Running : DemoWindow {
+        using DemoWindow::DemoWindow;
 
-        explicit Running(const QDateTime& now) : clock(now) {}
-
-        template <typename T>
-        T* find(const QString& name) const
-        {
-            return namedChild<T>(window.get(), name);
-        }
         GraphController* graph() const { return window->findChild<GraphController*>(); }
         const GraphUpdate& shown() const { return graph()->shown(); }
         QAction* favourite(const QString& name) const
@@ -67,16 +50,7 @@ class HistoryGraphWindowTest : public QObject {
     std::unique_ptr<Running> start()
     {
         auto run = std::make_unique<Running>(kNow);
-        QString error;
-        if (!run->demo.prepare(kNow, run->environment, error))
-            qFatal("demo: %s", qPrintable(error));
-        run->store = std::make_unique<QSettings>(run->demo.settingsPath(), QSettings::IniFormat);
-        run->settings.load(*run->store, run->folder.path(), run->errors);
-        run->window = std::make_unique<MainWindow>(run->settings, run->environment, *run->store,
-                                                   WindowTools{run->choosers, {}});
-        run->window->resize(1040, 680);
-        run->window->show();
-        run->window->startUp();
+        run->open();
         run->window->timer()->stop();  // the cycle only where a test runs it
         run->find<QTabWidget>("mainTabs")->setCurrentIndex(1);
         const Running* raw = run.get();

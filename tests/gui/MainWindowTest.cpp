@@ -14,8 +14,7 @@
 #include "core/text/NumberText.h"
 #include "mdb/FileSystem.h"
 #include "support/TestSupport.h"
-#include "ScriptedChoosers.h"
-#include "WidgetTestSupport.h"
+#include "DemoWindow.h"
 
 #include <QAction>
 #include <QCheckBox>
@@ -36,31 +35,6 @@
 #include <QTimer>
 #include <QtTest>
 
-// The computer's files, noting every database opened on the window's thread.
-class WatchedFiles final : public mdb::FileSystem {
-public:
-    mdb::Result<std::unique_ptr<mdb::File>> open(const std::string& path, mdb::OpenMode mode) override
-    {
-        if (QThread::currentThread() == qApp->thread() && path.ends_with(".mdb"))
-            openedOnWindowThread.storeRelaxed(openedOnWindowThread.loadRelaxed() + 1);
-        return disk.open(path, mode);
-    }
-    bool exists(const std::string& path) override { return disk.exists(path); }
-    mdb::Status remove(const std::string& path) override { return disk.remove(path); }
-    mdb::Status renameNoReplace(const std::string& from, const std::string& to) override
-    {
-        return disk.renameNoReplace(from, to);
-    }
-    mdb::Status syncFolderOf(const std::string& path) override { return disk.syncFolderOf(path); }
-    mdb::Status lock(mdb::File& file, mdb::LockKind kind, std::chrono::milliseconds wait) override
-    {
-        return disk.lock(file, kind, wait);
-    }
-
-    mdb::DiskFileSystem disk;
-    QAtomicInt openedOnWindowThread;
-};
-
 // The main window on the demo station, offscreen: what it loads at start,
 // what it shows, and what its menus and buttons do.
 class MainWindowTest : public QObject {
@@ -68,37 +42,12 @@ class MainWindowTest : public QObject {
 
     const QDateTime kNow{QDate(2026, 3, 10), QTime(14, 23, 0)};
 
-    struct Running {
-        TempFolder folder;
-        RecordingErrors errors;
-        RecordingMessageBoxes boxes;
-        FixedClock clock;
-        WatchedFiles files;
-        Environment environment{errors, boxes, clock, Environment::noBusyIndicator(), files};
-        DemoStation demo{folder.file("Demo")};
-        std::unique_ptr<QSettings> store;
-        SettingsModel settings;
-        ScriptedChoosers choosers;
-        std::unique_ptr<MainWindow> window;
-
-        explicit Running(const QDateTime& now) : clock(now) {}
-    };
+    using Running = DemoWindow;
 
     std::unique_ptr<Running> start(bool firstRun = false)
     {
         auto run = std::make_unique<Running>(kNow);
-        QString error;
-        if (!run->demo.prepare(kNow, run->environment, error))
-            qFatal("demo: %s", qPrintable(error));
-        const QString settingsPath = firstRun ? run->folder.file("fresh.ini") : run->demo.settingsPath();
-        run->files.openedOnWindowThread.storeRelaxed(0);  // the demo's set-up is not the window's
-        run->store = std::make_unique<QSettings>(settingsPath, QSettings::IniFormat);
-        run->settings.load(*run->store, run->folder.path(), run->errors);
-        run->window = std::make_unique<MainWindow>(run->settings, run->environment, *run->store,
-                                                   WindowTools{run->choosers, {}});
-        run->window->resize(1040, 680);
-        run->window->show();
-        run->window->startUp();
+        run->open(firstRun ? run->folder.file("fresh.ini") : QString());
         return run;
     }
 
