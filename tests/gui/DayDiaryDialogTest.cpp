@@ -6,6 +6,7 @@
 #include "support/TestSupport.h"
 #include "DatabaseWorker.h"
 #include "WidgetTestSupport.h"
+#include "GuiTestRegistry.h"
 
 #include <QCheckBox>
 #include <QDateEdit>
@@ -152,5 +153,5 @@ private slots:
     }
 };
 
-QTEST_MAIN(DayDiaryDialogTest)
+NIMBREL_GUI_TEST(DayDiaryDialogTest)
 #include "DayDiaryDialogTest.moc"

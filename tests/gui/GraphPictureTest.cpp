@@ -4,6 +4,7 @@
 #include "core/export/PictureExport.h"
 #include "core/graphs/DataTypes.h"
 #include "support/TestSupport.h"
+#include "GuiTestRegistry.h"
 
 #include <QDir>
 #include <QtTest>
@@ -128,5 +129,5 @@ private slots:
     }
 };
 
-QTEST_MAIN(GraphPictureTest)
+NIMBREL_GUI_TEST(GraphPictureTest)
 #include "GraphPictureTest.moc"

@@ -1,4 +1,5 @@
 #include "ui/GuiMessageBoxes.h"
+#include "GuiTestRegistry.h"
 
 #include <QAbstractButton>
 #include <QApplication>
@@ -48,5 +49,5 @@ private slots:
     }
 };
 
-QTEST_MAIN(GuiMessageBoxesTest)
+NIMBREL_GUI_TEST(GuiMessageBoxesTest)
 #include "GuiMessageBoxesTest.moc"

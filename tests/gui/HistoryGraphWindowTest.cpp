@@ -10,6 +10,7 @@
 #include "ui/TraceDialog.h"
 #include "support/TestSupport.h"
 #include "DemoWindow.h"
+#include "GuiTestRegistry.h"
 
 #include <QAction>
 #include <QComboBox>
@@ -215,5 +216,5 @@ private slots:
     }
 };
 
-QTEST_MAIN(HistoryGraphWindowTest)
+NIMBREL_GUI_TEST(HistoryGraphWindowTest)
 #include "HistoryGraphWindowTest.moc"

@@ -15,6 +15,7 @@
 #include "mdb/FileSystem.h"
 #include "support/TestSupport.h"
 #include "DemoWindow.h"
+#include "GuiTestRegistry.h"
 
 #include <QAction>
 #include <QCheckBox>
@@ -379,5 +380,5 @@ private slots:
     }
 };
 
-QTEST_MAIN(MainWindowTest)
+NIMBREL_GUI_TEST(MainWindowTest)
 #include "MainWindowTest.moc"

@@ -9,6 +9,7 @@
 #include "DatabaseWorker.h"
 #include "ScriptedChoosers.h"
 #include "WidgetTestSupport.h"
+#include "GuiTestRegistry.h"
 
 #include <QCheckBox>
 #include <QComboBox>
@@ -343,5 +344,5 @@ private slots:
     }
 };
 
-QTEST_MAIN(PreferencesDialogTest)
+NIMBREL_GUI_TEST(PreferencesDialogTest)
 #include "PreferencesDialogTest.moc"
