@@ -1,4 +1,5 @@
 #include "GuiTestRegistry.h"
+#include "support/TestSupport.h"
 
 #include <QApplication>
 #include <QTest>
@@ -30,6 +31,9 @@ int main(int argc, char** argv)
     }
     std::vector<char*> rest{argv[0]};
     rest.insert(rest.end(), argv + 2, argv + argc);
+    setTestFailureHandler([](const QString& message) {
+        QTest::qFail(qPrintable(message), __FILE__, __LINE__);
+    });
     const std::unique_ptr<QObject> test = found->second();
     return QTest::qExec(test.get(), int(rest.size()), rest.data());
 }

@@ -2,6 +2,7 @@
 
 #include <QDir>
 #include <QFile>
+#include <cstdio>
 #include <gtest/gtest.h>
 
 QString fixturePath(const QString& name)
@@ -37,6 +38,32 @@ QByteArray readAll(const QString& path)
     return in.readAll();
 }
 
+namespace {
+
+void (*testFailureHandler)(const QString&) = nullptr;
+
+}  // namespace
+
+void setTestFailureHandler(void (*handler)(const QString& message))
+{
+    testFailureHandler = handler;
+}
+
+void failRunningTest(const QString& message)
+{
+    if (testFailureHandler)
+        testFailureHandler(message);
+    else
+        fprintf(stderr, "%s\n", qPrintable(message));
+}
+
+RecordingErrors::~RecordingErrors()
+{
+    QMutexLocker lock(&mutex_);
+    for (qsizetype i = seen_; i < messages_.size(); ++i)
+        failRunningTest("An error was reported that the test did not look for: " + messages_[i]);
+}
+
 void RecordingErrors::report(const QString& message)
 {
     QMutexLocker lock(&mutex_);
@@ -46,6 +73,7 @@ void RecordingErrors::report(const QString& message)
 QStringList RecordingErrors::messages() const
 {
     QMutexLocker lock(&mutex_);
+    seen_ = messages_.size();
     return messages_;
 }
 

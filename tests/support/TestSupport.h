@@ -43,16 +43,28 @@ private:
 
 QByteArray readAll(const QString& path);
 
-// Records every reported error instead of showing it.
+// How a test program fails the running test from its helpers (GoogleTest
+// and QtTest fail a test differently). Each test program's main installs its
+// own; without one, the message goes to standard error.
+void setTestFailureHandler(void (*handler)(const QString& message));
+void failRunningTest(const QString& message);
+
+// Records every reported error instead of showing it. A test that expects
+// errors looks at them (messages() or empty()); one that is reported and
+// never looked at fails the test when the recorder goes away, so that a
+// test cannot pass while the code under it reports something unexpected.
 class RecordingErrors final : public ErrorReporter {
 public:
+    ~RecordingErrors() override;
     void report(const QString& message) override;
+    // Every message so far; the test has seen them all.
     QStringList messages() const;
     bool empty() const { return messages().isEmpty(); }
 
 private:
     mutable QMutex mutex_;
     QStringList messages_;
+    mutable qsizetype seen_ = 0;
 };
 
 // Records every message box instead of showing it.
