@@ -180,3 +180,22 @@ TEST_F(ErrorRouterTest, TestMailWithTheRightPassword)
     EXPECT_EQ(shown[0].text, "No errors were encounted");
     EXPECT_EQ(shown[0].icon, MessageBoxes::Icon::Information);
 }
+
+TEST_F(ErrorRouterTest, ARepeatWithinTheHourIsCountedAndTheNextMailSaysHowOften)
+{
+    SmtpTestServer server;
+    ASSERT_TRUE(server.started());
+    mailTo(server);
+    for (int minutes : {0, 10, 20, 30})
+        clock.set(k5March2007.addSecs(60 * minutes)), router.report("Graph Error: \r\ndata page 57 is damaged");
+    router.report("RSS Data Export Error: \r\ndisk full");  // another message has its own hour
+    clock.set(k5March2007.addSecs(3600));
+    router.report("Graph Error: \r\ndata page 57 is damaged");
+
+    const auto mails = server.messages(3);
+    ASSERT_EQ(mails.size(), 3u);
+    EXPECT_TRUE(mails[1].data.contains("disk full"));
+    EXPECT_TRUE(mails[2].data.contains("data page 57 is damaged\r\n(repeated 3 times since 05-Mar-2007 14:07:09)"))
+        << mails[2].data.toStdString();
+    EXPECT_EQ(QString::fromUtf8(readAll(logPath)).count("data page 57"), 5) << "every one is logged";
+}

@@ -1,8 +1,13 @@
 #include "DatabaseFixture.h"
+#include "core/cycle/GraphEngine.h"
 #include "core/cycle/RefreshCycle.h"
 #include "core/db/DatabaseSession.h"
 #include "core/readings/StationSimulator.h"
+#include "core/errors/ErrorRouter.h"
+#include "core/errors/SmtpMailer.h"
 #include "core/settings/SettingsModel.h"
+#include "mdb/Layout.h"
+#include "support/SmtpTestServer.h"
 
 #include <QFile>
 #include <QTimeZone>
@@ -184,19 +189,42 @@ TEST_F(RefreshCycleTest, EveryThirdCycleWithARetryAfterAFailedRead)
     EXPECT_TRUE(errors.messages()[0].contains("Current Data Read Error: "));
 }
 
-TEST_F(RefreshCycleTest, ACycleRepeatedInItsSlotLogsOnce)
+TEST_F(RefreshCycleTest, AFailedRedrawEndsItsCycleWithoutRunningItAgain)
 {
     settings.setAutoDatabase(true);
     settings.setAutoGraph(true);
     graph.failingRedraws = 1;
     addSource(0, 0, stationFile, 1);
     startCycle();
-    runUntil(QDateTime(kStart.date(), QTime(10, 10, 5)));
-    // The failed redraw ended the tick early: five seconds later the whole
-    // cycle ran again, with the same slot.
-    EXPECT_EQ(graph.calls, QStringList({"today 2026-03-10", "redraw", "today 2026-03-10", "redraw"}));
+    runUntil(QDateTime(kStart.date(), QTime(10, 19, 55)));
+    EXPECT_EQ(graph.calls, QStringList({"today 2026-03-10", "redraw"})) << "tried once, not every five seconds";
     EXPECT_EQ(loggedTimes(), std::vector<std::string>{"10:10"});
     EXPECT_EQ(cycle.nextDue(), QDateTime(kStart.date(), QTime(10, 20)));
+    runUntil(QDateTime(kStart.date(), QTime(10, 20)));
+    EXPECT_EQ(graph.calls.size(), 4) << "the next cycle redraws again";
+}
+
+TEST_F(RefreshCycleTest, AFailedRedrawEndsTheCyclesPictures)
+{
+    settings.setAutoGraph(true);
+    settings.setAutoPicture(true);
+    graph.favourites = {{4, 0}, {2, 1}};
+    graph.failingRedraws = 1;
+    startCycle();
+    runUntil(QDateTime(kStart.date(), QTime(10, 20)), false);
+    EXPECT_EQ(graph.calls, QStringList({"today 2026-03-10", "load 4", "redraw", "today 2026-03-10", "load 4",
+                                        "redraw", "picture 0", "load 2", "redraw", "picture 1"}));
+}
+
+TEST_F(RefreshCycleTest, TheMinutesReadingOfAMissingFileIsReportedOncePerCycle)
+{
+    settings.setAutoRefresh(true);
+    addSource(0, 0, stationFile, 1);
+    startCycle();
+    cycle.setPanelSource(0);
+    runUntil(QDateTime(kStart.date(), QTime(10, 29, 55)), false);
+    // Read every minute, told at the first minute and after each of the two due times.
+    EXPECT_EQ(errors.messages().size(), 3);
 }
 
 TEST_F(RefreshCycleTest, GraphAloneRedrawsOneMinuteAfterItsDueTime)
@@ -293,3 +321,85 @@ TEST_F(RefreshCycleTest, ADayOfReadingsGivesOneRowPerSlot)
 }
 
 }  // namespace
+
+namespace {
+
+// Breaks the data page holding the row of `minute`: its first row offset
+// points into the page header, as a damaged disk block might.
+void damageHistoryPageOf(const QString& path, const QDateTime& minute, const Environment& environment)
+{
+    std::optional<uint32_t> page;
+    {
+        auto session = DatabaseSession::open(path, DatabaseSession::Access::Read, environment);
+        ASSERT_TRUE(session);
+        auto history = (*session)->table("History");
+        ASSERT_TRUE(history);
+        auto rows = (*session)->rowsWhere(*history, {{"SourceID", 0}, {"DateRead", minute}});
+        ASSERT_TRUE(rows && rows->size() == 1);
+        page = rows->front().location.page;
+    }
+    QFile file(path);
+    ASSERT_TRUE(file.open(QIODevice::ReadWrite));
+    ASSERT_TRUE(file.seek(qint64(*page) * 4096 + mdb::jet4Layout().dataFirstRowOffset));
+    ASSERT_EQ(file.write(QByteArray("\x04\x00", 2)), 2);
+}
+
+}  // namespace
+
+// A History page goes bad under a running Nimbrel with error mail on: for an
+// hour of five-second ticks on a ten-minute cycle, each failing step is
+// logged once per cycle and mailed once.
+TEST_F(RefreshCycleTest, ADamagedHistoryIsLoggedOncePerCycleAndMailedOnce)
+{
+    SmtpTestServer server;
+    ASSERT_TRUE(server.started());
+    const QString logPath = folder.file("ErrorLog.txt");
+    settings.setUnattended(true);
+    settings.setErrorLog(logPath);
+    settings.setErrorMail(true);
+    settings.setErrorSmtp(server.address());
+    settings.setErrorFrom("station@example.org");
+    settings.setErrorTo("owner@example.org");
+    settings.setAutoRefresh(true);
+    settings.setAutoDatabase(true);
+    settings.setAutoGraph(true);
+    SmtpMailer mailer(SmtpMailer::Timeouts{std::chrono::seconds(5), std::chrono::seconds(5)});
+    ErrorRouter router(settings, boxes, mailer, clock);
+    const Environment unattended{router, boxes, clock};
+
+    addSource(0, 0, stationFile, 1);
+    {
+        auto session = DatabaseSession::open(path, DatabaseSession::Access::Write, environment);
+        ASSERT_TRUE(session);
+        auto history = (*session)->table("History");
+        ASSERT_TRUE(history);
+        const QDateTime midnight(kStart.date(), QTime(0, 0));
+        for (QDateTime minute = midnight; minute < kStart; minute = minute.addSecs(60))
+            ASSERT_TRUE((*session)->insert(*history, ReadingLogger::historyRow(StationSimulator::weatherAt(minute), 0)));
+        ASSERT_TRUE((*session)->commit());
+    }
+    damageHistoryPageOf(path, QDateTime(kStart.date(), QTime(5, 0)), environment);
+
+    std::vector<std::shared_ptr<WeatherSource>> sources = loadSources(path, unattended);
+    GraphEngine graph(settings, unattended, [&sources]() -> const GraphEngine::Sources& { return sources; }, nullptr);
+    graph.graph().addTrace({0, 0, "Station 0", path, 0, 1, false, 0});
+    std::ignore = QFile::remove(logPath);  // only the cycle's own reports count
+    RefreshCycle hour(settings, unattended, view, graph);
+    hour.start(sources, kStart);
+    hour.setPanelSource(0);
+    for (now = kStart; now <= kStart.addSecs(3600); now = now.addSecs(5)) {
+        if (now.time().second() == 0)
+            writeStation(now);
+        clock.set(now);
+        hour.tick(now);
+    }
+
+    const QStringList lines = QString::fromUtf8(readAll(logPath)).split("\r\n");
+    const qsizetype graphReports = lines.filter("Database Read Error: ").size();
+    EXPECT_GE(graphReports, 1);
+    EXPECT_LE(graphReports, 6) << "one report per cycle: " << lines.join("|").toStdString();
+    EXPECT_EQ(lines.filter("Database Write Error: ").size(), 0) << "logging goes on beside the damaged page";
+    const auto mails = server.messages(1, 3000);
+    EXPECT_EQ(mails.size(), 1u) << "the same error repeated within the hour is not mailed again";
+    EXPECT_EQ(MdbTools::count(path.toStdString(), "History"), 600 + 6);
+}

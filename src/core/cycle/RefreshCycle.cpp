@@ -4,7 +4,12 @@
 
 RefreshCycle::RefreshCycle(const SettingsModel& settings, const Environment& environment, CycleView& view,
                            CycleGraph& graph)
-    : settings_(settings), view_(view), graph_(graph), logger_(environment), exporter_(settings, environment)
+    : settings_(settings),
+      view_(view),
+      graph_(graph),
+      logger_(environment),
+      exporter_(settings, environment),
+      panelErrors_(environment.errors)
 {
 }
 
@@ -54,7 +59,7 @@ bool RefreshCycle::refreshPanel(bool showTrayState)
     if (showTrayState)
         view_.setTrayState(TrayState::ReadingPanel);
     WeatherSource* source = findSource(*chosen);
-    if (!source || !source->refresh())
+    if (!source || !source->refresh(panelErrors_))
         return false;
     view_.showReading(source->reading());
     return true;
@@ -94,29 +99,29 @@ void RefreshCycle::logAllSources()
     }
 }
 
-bool RefreshCycle::updateGraph(const QDate& today)
+void RefreshCycle::updateGraph(const QDate& today)
 {
     view_.setTrayState(TrayState::RunningCycle);
     graph_.moveToToday(today);
     if (settings_.autoPicture()) {
+        // A failed redraw (reported by the graph) ends the pictures of this
+        // cycle; the next cycle tries them all again.
         for (const PictureFavourite& favourite : graph_.exportFavourites()) {
             graph_.loadFavourite(favourite.favID);
             if (!graph_.redraw())
-                return false;
+                return;
             graph_.exportPicture(favourite.number);
         }
-        return true;
+        return;
     }
     // Without pictures a cycle that logged nothing redraws one minute later,
     // by running again.
     if (settings_.autoDatabase() || skipRedraw_) {
-        if (!graph_.redraw())
-            return false;
+        graph_.redraw();
         skipRedraw_ = false;
     } else {
         skipRedraw_ = true;
     }
-    return true;
 }
 
 void RefreshCycle::tick(const QDateTime& now)
@@ -130,13 +135,13 @@ void RefreshCycle::tick(const QDateTime& now)
     if (autoRefresh)
         refreshPanel(true);
     if (nextDue_.secsTo(now) >= 0) {
+        panelErrors_.newCycle();
         if (settings_.autoDatabase()) {
             view_.setTrayState(TrayState::RunningCycle);
             logAllSources();
         }
-        // A failed redraw ends the tick here: the whole pass runs again at the next tick.
-        if (settings_.autoGraph() && !updateGraph(now.date()))
-            return;
+        if (settings_.autoGraph())
+            updateGraph(now.date());
         if (!skipRedraw_)
             nextDue_ = nextDueAfter(now, settings_.cycleMinutes());
     }

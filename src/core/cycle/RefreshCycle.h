@@ -1,11 +1,13 @@
 #pragma once
 
 #include "core/db/ReadingLogger.h"
+#include "core/errors/ErrorReporter.h"
 #include "core/export/RssExporter.h"
 #include "core/sources/WeatherSource.h"
 
 #include <QDateTime>
 #include <QList>
+#include <QStringList>
 #include <QMutex>
 #include <memory>
 #include <optional>
@@ -59,6 +61,25 @@ public:
     void exportPicture(int) override {}
 };
 
+// Passes a message on unless the same message was passed on since the last
+// newCycle(): a step that fails every minute is reported once a cycle.
+class OncePerCycleErrors final : public ErrorReporter {
+public:
+    explicit OncePerCycleErrors(ErrorReporter& errors) : errors_(errors) {}
+    void report(const QString& message) override
+    {
+        if (!told_.contains(message)) {
+            told_ << message;
+            errors_.report(message);
+        }
+    }
+    void newCycle() { told_.clear(); }
+
+private:
+    ErrorReporter& errors_;
+    QStringList told_;
+};
+
 // The refresh cycle. The window calls tick() every five seconds with the
 // present time. Every twelfth tick is the once-a-minute pass: the panel's
 // source is read and shown (autoRefresh). When the due time has come, every
@@ -67,6 +88,11 @@ public:
 // pictures exported (autoGraph, autoPicture), and the next due time is set
 // to a ten-minute mark. The automation flags are read from the settings at
 // each tick.
+//
+// A failing step is reported once per cycle and the cycle still ends: a
+// redraw that fails ends that cycle's pictures, and the next cycle comes at
+// its time (never at once, which would repeat the failure every five
+// seconds).
 //
 // Not thread-safe: one thread runs tick() and the other operations, one at
 // a time (the window's worker). Only setPanelSource() may be called from
@@ -103,14 +129,15 @@ private:
     // Reads the panel's source, if one is chosen; true when a reading was shown.
     bool refreshPanel(bool showTrayState);
     void logAllSources();
-    // The graph steps; false when a redraw failed and the tick must end at once.
-    bool updateGraph(const QDate& today);
+    // The graph steps: the graph moved on to today and redrawn, its pictures exported.
+    void updateGraph(const QDate& today);
 
     const SettingsModel& settings_;
     CycleView& view_;
     CycleGraph& graph_;
     ReadingLogger logger_;
     RssExporter exporter_;
+    OncePerCycleErrors panelErrors_;  // the panel is read every minute, its failures told once a cycle
     std::vector<std::shared_ptr<WeatherSource>> sources_;
     QDateTime nextDue_;
     int countdown_ = 0;

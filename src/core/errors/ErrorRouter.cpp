@@ -4,8 +4,11 @@
 #include "core/errors/MailSender.h"
 #include "core/errors/MessageBoxes.h"
 #include "core/text/Clock.h"
+#include "core/text/DateText.h"
 
 #include <QLocale>
+
+#include <algorithm>
 
 ErrorRouter::ErrorRouter(const ErrorRoutingSource& routing, MessageBoxes& boxes, MailSender& mail, const Clock& clock)
     : routing_(routing), boxes_(boxes), mail_(mail), clock_(clock)
@@ -33,8 +36,35 @@ void ErrorRouter::report(const QString& message)
         QMutexLocker lock(&logMutex_);
         ErrorLogFile::append(routing.logFile, clock_.now(), message);
     }
-    if (routing.mail)
-        sendErrorMail(QStringLiteral("Nimbrel Error ") + generalNow(), message);
+    if (!routing.mail)
+        return;
+    if (const std::optional<QString> text = mailDue(message))
+        sendErrorMail(QStringLiteral("Nimbrel Error ") + generalNow(), *text);
+}
+
+std::optional<QString> ErrorRouter::mailDue(const QString& message)
+{
+    constexpr qint64 kQuietSeconds = 3600;
+    constexpr qsizetype kRemembered = 200;  // distinct messages; the oldest are forgotten
+    const QDateTime now = clock_.now();
+    QMutexLocker lock(&mailedMutex_);
+    auto found = mailed_.find(message);
+    if (found != mailed_.end() && found->at.secsTo(now) < kQuietSeconds) {
+        ++found->repeats;
+        return std::nullopt;
+    }
+    QString text = message;
+    if (found != mailed_.end() && found->repeats > 0)
+        text += QStringLiteral("\r\n(repeated %1 times since %2)")
+                    .arg(found->repeats)
+                    .arg(DateText::format(found->at, QStringLiteral("dd-MMM-yyyy HH:mm:ss")));
+    if (found == mailed_.end() && mailed_.size() >= kRemembered) {
+        auto oldest = std::min_element(mailed_.begin(), mailed_.end(),
+                                       [](const Mailed& a, const Mailed& b) { return a.at < b.at; });
+        mailed_.erase(oldest);
+    }
+    mailed_[message] = {now, 0};
+    return text;
 }
 
 bool ErrorRouter::sendErrorMail(const QString& subject, const QString& message)

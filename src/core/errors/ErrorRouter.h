@@ -3,7 +3,11 @@
 #include "core/errors/ErrorReporter.h"
 #include "core/errors/ErrorRouting.h"
 
+#include <QDateTime>
+#include <QHash>
 #include <QMutex>
+
+#include <optional>
 
 class Clock;
 class MailSender;
@@ -17,6 +21,11 @@ class MessageBoxes;
 // mailed. A step that fails is skipped and the
 // next one still runs: a log file that cannot be written still lets the mail
 // go out, and nothing is reported about the lost line.
+//
+// A message mailed less than an hour ago is logged but not mailed again: it
+// is counted, and its next mail (an hour or more later) says how often it
+// came in between ("(repeated 6 times since ...)"), so a fault that
+// persists sends one mail an hour, not one per cycle.
 class ErrorRouter final : public ErrorReporter {
 public:
     ErrorRouter(const ErrorRoutingSource& routing, MessageBoxes& boxes, MailSender& mail, const Clock& clock);
@@ -41,6 +50,17 @@ private:
     const ErrorRoutingSource& routing_;
     MessageBoxes& boxes_;
     MailSender& mail_;
+    // Whether to mail `message` now; its text with the count of repeats
+    // not mailed before it.
+    std::optional<QString> mailDue(const QString& message);
+
     const Clock& clock_;
     QMutex logMutex_;  // one writer of the log file at a time
+
+    struct Mailed {
+        QDateTime at;
+        int repeats = 0;  // reported since, not mailed
+    };
+    QMutex mailedMutex_;
+    QHash<QString, Mailed> mailed_;
 };

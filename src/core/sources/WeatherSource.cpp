@@ -73,7 +73,12 @@ WeatherReading& WeatherSource::reading() const
 
 bool WeatherSource::refresh()
 {
-    return reading().readSourceFile(sourceFileName_, sourceKind_, environment_.errors, environment_.clock.now());
+    return refresh(environment_.errors);
+}
+
+bool WeatherSource::refresh(ErrorReporter& errors)
+{
+    return reading().readSourceFile(sourceFileName_, sourceKind_, errors, environment_.clock.now());
 }
 
 // The first row with the key fills the properties; logCounter and reading stay.

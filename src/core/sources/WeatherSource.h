@@ -66,7 +66,9 @@ public:
     // plus one, 0 for an empty table), tells the user, and returns the key.
     std::optional<qint32> insertNew(const QString& databasePath);
     // Reads the source's input file again into wData; the reader's result.
+    // Read errors go to `errors` (the environment's error routine when not given).
     bool refresh();
+    bool refresh(ErrorReporter& errors);
 
 private:
     std::vector<ColumnValue> storedProperties() const;
