@@ -87,6 +87,17 @@ TEST_F(RssExporterTest, OutputIsRewrittenWhole)
     EXPECT_LT(readAll(source.exportFileName()).size(), 1000);
 }
 
+TEST_F(RssExporterTest, AReaderOfTheOldFileNeverSeesItEmptied)
+{
+    const QByteArray old = "<rss>the feed of ten minutes ago</rss>\r\n";
+    folder.write("feed.xml", old);
+    QFile reader(source.exportFileName());  // a web server sending the feed
+    ASSERT_TRUE(reader.open(QIODevice::ReadOnly));
+    ASSERT_TRUE(exporter.exportRSS(source));
+    EXPECT_EQ(reader.readAll(), old) << "the old feed is replaced whole, not emptied under the reader";
+    EXPECT_TRUE(readAll(source.exportFileName()).contains("Ridge"));
+}
+
 TEST_F(RssExporterTest, FailuresAreReportedOnce)
 {
     settings.setRssFile(folder.file("no template.xml"));

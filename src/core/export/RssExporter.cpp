@@ -10,6 +10,7 @@
 
 #include <QFile>
 #include <QRegularExpression>
+#include <QSaveFile>
 #include <QStringDecoder>
 
 #include <utility>
@@ -117,11 +118,13 @@ bool RssExporter::exportRSS(const WeatherSource& source)
     if (templateFile.error() != QFileDevice::NoError)
         return fail(QString("cannot read the template %1: %2").arg(templatePath, templateFile.errorString()));
 
-    QFile output(outputPath);
-    if (!output.open(QIODevice::WriteOnly | QIODevice::Truncate))
+    // Written beside the old file and then put in its place, so that a web
+    // server reading it meanwhile sends the old feed or the new, never half.
+    QSaveFile output(outputPath);
+    if (!output.open(QIODevice::WriteOnly))
         return fail(QString("cannot write %1: %2").arg(outputPath, output.errorString()));
     const QByteArray filled = fillTemplate(templateBytes, source, environment_.clock.now());
-    if (output.write(filled) != filled.size() || !output.flush())
+    if (output.write(filled) != filled.size() || !output.commit())
         return fail(QString("cannot write %1: %2").arg(outputPath, output.errorString()));
     return true;
 }

@@ -24,8 +24,9 @@ public:
     // Exports one source to its exportFileName with the template named by
     // the rssFile setting. False without touching anything when the source
     // has no export file; false after a failure, reported as
-    // "RSS Data Export Error: " through report (a partly written output
-    // stays as it is).
+    // "RSS Data Export Error: " through report. The output is written to a
+    // temporary file that then replaces the old one: a reader sees the old
+    // file or the new one whole, and after a failure the old one stays.
     bool exportRSS(const WeatherSource& source);
 
     // The output for a template's bytes, the source's reading and the time
