@@ -7,6 +7,8 @@
 #include "core/db/NimbrelSchema.h"
 #include "mdb/Database.h"
 #include "mdb/DatabaseWriter.h"
+#include "mdb/FileSystem.h"
+#include "mdb/Journal.h"
 #include "mdb/Verifier.h"
 #include "core/errors/ErrorLogFile.h"
 #include "core/errors/ErrorReporter.h"
@@ -177,13 +179,35 @@ int printRows(QTextStream& out, mdb::Database& database, const std::string& tabl
     return 0;
 }
 
+// Opens a database for a command, saying on standard error first when the
+// journal of an interrupted change lies beside it (opening deals with it,
+// which writes to the file even for a command that only reads), and then
+// what opening found.
+mdb::Result<std::unique_ptr<mdb::Database>> openForCommand(const QString& command, const std::string& path,
+                                                          mdb::OpenMode mode = mdb::OpenMode::ReadOnly)
+{
+    static mdb::DiskFileSystem disk;
+    QTextStream errors(stderr);
+    if (mdb::Journal::needsRecovery(disk, path))
+        errors << "nimbrel " << command << ": " << QString::fromStdString(path)
+               << " has the journal of an interrupted change beside it ("
+               << QString::fromStdString(mdb::Journal::pathFor(path))
+               << "); it is dealt with before the file is read\n";
+    auto database = mdb::Database::open(disk, path, mode);
+    if (database) {
+        for (const std::string& notice : (*database)->notices())
+            errors << "nimbrel " << command << ": " << QString::fromStdString(notice) << '\n';
+    }
+    return database;
+}
+
 int runMdbDump(const QStringList& arguments)
 {
     if (arguments.isEmpty() || arguments.size() > 2) {
         QTextStream(stderr) << "nimbrel mdb-dump: give a database file and optionally a table\n";
         return 2;
     }
-    auto database = mdb::Database::open(arguments.first().toStdString());
+    auto database = openForCommand("mdb-dump", arguments.first().toStdString());
     if (!database) {
         QTextStream(stderr) << "nimbrel mdb-dump: " << QString::fromStdString(database.error().message) << '\n';
         return 1;
@@ -222,7 +246,7 @@ int runCreateDb(const QStringList& arguments)
 // (a change with nothing else in it does just that).
 mdb::Status repairDatabase(const std::string& path)
 {
-    auto database = mdb::Database::open(path, mdb::OpenMode::ReadWrite);
+    auto database = openForCommand("verify-db", path, mdb::OpenMode::ReadWrite);
     if (!database)
         return database.error();
     mdb::DatabaseWriter writer(**database);
@@ -245,7 +269,7 @@ int runVerifyDb(const QStringList& arguments)
             return 1;
         }
     }
-    auto database = mdb::Database::open(path);
+    auto database = openForCommand("verify-db", path);
     if (!database) {
         QTextStream(stderr) << "nimbrel verify-db: " << QString::fromStdString(database.error().message) << '\n';
         return 1;

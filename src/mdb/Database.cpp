@@ -89,6 +89,9 @@ Result<std::unique_ptr<Database>> Database::open(FileSystem& files, const std::s
     auto database = openChecked(std::move(*file));
     if (!database)
         return database.error();
+    if (recovery.undone)
+        (*database)->notices_.push_back(path + ": a change that was interrupted (by a crash or a failing disk) has "
+                                        "been undone; the file reads as it did before that change");
     if (!recovery.setAside.empty())
         (*database)->notices_.push_back(path + ": the journal of an interrupted change did not match this file (it "
                                         "may have been replaced by a copy since) and was not applied; it was set "

@@ -54,8 +54,9 @@ public:
     static std::string accessLockPath(const std::string& path);
 
     const HeaderInfo& header() const { return header_; }
-    // What opening found worth telling the user although the file opened
-    // (a journal set aside because it belongs to another file).
+    // What opening found worth telling the user although the file opened:
+    // an interrupted change undone, a journal set aside because it belongs
+    // to another file.
     const std::vector<std::string>& notices() const { return notices_; }
     const Layout& layout() const { return *header_.layout; }
     // Every table of the catalog, system tables included, in catalog order.

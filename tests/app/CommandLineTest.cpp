@@ -1,5 +1,10 @@
 #include "AccessCheck.h"
 #include "MdbTestSupport.h"
+#include "MdbToolsOracle.h"
+#include "mdb/Database.h"
+#include "mdb/DatabaseWriter.h"
+#include "mdb/FileSystem.h"
+#include "mdb/Journal.h"
 #include "support/TestSupport.h"
 
 #include <QFile>
@@ -172,6 +177,64 @@ TEST(CommandLine, VerifyDbRepairsWhatEarlierVersionsWrote)
     const ProgramRun repaired = nimbrel({"verify-db", path, "--repair"});
     EXPECT_EQ(repaired.exitCode, 0) << repaired.out.toStdString() << repaired.err.toStdString();
     EXPECT_EQ(repaired.out, "No problems found\n");
+}
+
+namespace {
+
+void writeFile(const std::string& path, const std::vector<uint8_t>& bytes)
+{
+    QFile file(QString::fromStdString(path));
+    ASSERT_TRUE(file.open(QIODevice::WriteOnly | QIODevice::Truncate));
+    ASSERT_EQ(file.write(reinterpret_cast<const char*>(bytes.data()), qint64(bytes.size())), qint64(bytes.size()));
+}
+
+// A new database with the journal of a change cut off by a crash after the
+// journal and one page were written, as a crash leaves them on disk. The
+// database file is `path` before the change (`changedFile` false) or as the
+// crash left it.
+void leaveInterruptedChange(const std::string& path, bool changedFile)
+{
+    ASSERT_EQ(nimbrel({"create-db", QString::fromStdString(path)}).exitCode, 0);
+    const std::vector<uint8_t> before = fileBytes(path);
+    mdb::MemoryFileSystem memory;
+    memory.setContent(path, before);
+    {
+        auto database = mdb::Database::open(memory, path, mdb::OpenMode::ReadWrite);
+        ASSERT_TRUE(database) << database.error().message;
+        mdb::DatabaseWriter writer(**database);
+        for (int i = 0; i < 300; ++i)
+            ASSERT_TRUE(writer.append("DayDiary", {mdb::DateTime{46000.0 + i}, std::string(100, 'x'), true, false,
+                                                   false, false}));
+        memory.crashAfterWrites(memory.writes() + 2);
+        (void)writer.commit();  // the crash comes in the middle; the program does not see it
+    }
+    memory.crash(mdb::MemoryFileSystem::CrashMode::KeepUnsynced);
+    writeFile(mdb::Journal::pathFor(path), memory.content(mdb::Journal::pathFor(path)));
+    writeFile(path, changedFile ? memory.content(path) : std::vector<uint8_t>(before.begin(), before.end() - 4096));
+}
+
+}  // namespace
+
+// Reading a database whose last change was interrupted writes to it: the
+// command says so first, then what it did, on standard error.
+TEST(CommandLine, ReadingCommandsSayWhenTheyUndoOrSetAsideAnInterruptedChange)
+{
+    TempFolder folder;
+    const std::string undone = folder.file("undone.mdb").toStdString();
+    leaveInterruptedChange(undone, true);
+    const ProgramRun verified = nimbrel({"verify-db", QString::fromStdString(undone)});
+    EXPECT_EQ(verified.exitCode, 0);
+    EXPECT_EQ(verified.out, "No problems found\n");
+    EXPECT_TRUE(verified.err.contains("has the journal of an interrupted change beside it")) << verified.err.toStdString();
+    EXPECT_TRUE(verified.err.contains("has been undone; the file reads as it did before that change"))
+        << verified.err.toStdString();
+    EXPECT_EQ(MdbTools::count(undone, "DayDiary"), 0);
+
+    const std::string foreign = folder.file("foreign.mdb").toStdString();
+    leaveInterruptedChange(foreign, false);  // another file under the name: the journal is not applied
+    const ProgramRun dumped = nimbrel({"mdb-dump", QString::fromStdString(foreign), "DayDiary"});
+    EXPECT_TRUE(dumped.err.contains("set aside as")) << dumped.err.toStdString();
+    EXPECT_TRUE(QFile::exists(QString::fromStdString(mdb::Journal::pathFor(foreign) + ".stale-1")));
 }
 
 TEST(CommandLine, SimulateOnceWritesAFileTheReaderAccepts)
