@@ -339,9 +339,17 @@ Result<std::vector<Row>> findRows(Database& database, IndexPages& pages, const T
     auto encoded = encodeKey(table, real, key);
     if (!encoded)
         return within("table " + table.name + ", index " + indexName, encoded.error());
-    auto pointers = IndexTree(pages, real, database.pager().pageCount()).find(*encoded);
+    IndexTree tree(pages, real, database.pager().pageCount());
+    auto pointers = tree.find(*encoded);
     if (!pointers)
         return within("table " + table.name + ", index " + indexName, pointers.error());
+    // A text ending in blanks may also stand under the key earlier versions wrote.
+    if (const auto earlier = earlierFormKey(table, real, key, *encoded)) {
+        auto more = tree.find(*earlier);
+        if (!more)
+            return within("table " + table.name + ", index " + indexName, more.error());
+        pointers->insert(pointers->end(), more->begin(), more->end());
+    }
     std::vector<Row> rows;
     for (RowPointer pointer : *pointers) {
         auto row = database.readRowAt(table, pointer);

@@ -119,6 +119,8 @@ DatabaseWriter::TableState& DatabaseWriter::adopt(TableDefinition definition)
     TableState& state = tables_[name];
     state.definition = std::move(definition);
     state.writer = std::make_unique<TableWriter>(database_.pager(), indexPages_, allocator_, maps_, state.definition);
+    if (earlierTextKeys_)
+        state.writer->setTextKeyForm(TrailingBlanks::Kept);
     return state;
 }
 

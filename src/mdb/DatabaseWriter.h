@@ -38,6 +38,10 @@ public:
     // check of the file (verifyDatabase) and fails when it finds a problem.
     static void verifyEveryCommit(bool on);
 
+    // Writes text keys with their trailing blanks, as earlier versions of
+    // this engine did: only for tests that need such files.
+    void writeEarlierTextKeys() { earlierTextKeys_ = true; }
+
     // The table's definition as changed so far.
     Result<TableDefinition*> definition(const std::string& table);
 
@@ -69,6 +73,7 @@ private:
     PageAllocator allocator_;
     UsageMapEditor maps_;
     std::map<std::string, TableState> tables_;
+    bool earlierTextKeys_ = false;
 };
 
 // The wall-clock time now, in the file's date form.

@@ -127,8 +127,12 @@ const Table& codeTable()
 
 }  // namespace
 
-Result<std::vector<uint8_t>> generalTextKey(const std::u16string& text)
+Result<std::vector<uint8_t>> generalTextKey(std::u16string text, TrailingBlanks blanks)
 {
+    if (blanks == TrailingBlanks::LeftOut) {
+        while (!text.empty() && text.back() == u' ')
+            text.pop_back();
+    }
     const Table& table = codeTable();
     std::vector<uint8_t> key;
     std::vector<uint8_t> accents;

@@ -3,6 +3,7 @@
 #include "mdb/GeneralSortOrder.h"
 #include "mdb/Text.h"
 
+#include <algorithm>
 #include <cstring>
 
 namespace mdb {
@@ -45,7 +46,7 @@ Status mismatch(const Column& column)
                  typeName(column.type) + ")");
 }
 
-Status appendValueBytes(std::vector<uint8_t>& key, const Column& column, const Value& value)
+Status appendValueBytes(std::vector<uint8_t>& key, const Column& column, const Value& value, TrailingBlanks blanks)
 {
     switch (column.type) {
     case ColumnType::Byte:
@@ -86,7 +87,7 @@ Status appendValueBytes(std::vector<uint8_t>& key, const Column& column, const V
             if (column.sortOrder != kGeneralSortOrder)
                 return unsupported("column " + column.name + " uses sort order " + std::to_string(column.sortOrder) +
                              "; only the General sort order is supported");
-            auto text = generalTextKey(utf8ToUtf16(*v));
+            auto text = generalTextKey(utf8ToUtf16(*v), blanks);
             if (!text)
                 return within("column " + column.name, text.error());
             key.insert(key.end(), text->begin(), text->end());
@@ -101,14 +102,15 @@ Status appendValueBytes(std::vector<uint8_t>& key, const Column& column, const V
 
 }  // namespace
 
-Status appendKeyColumn(std::vector<uint8_t>& key, const Column& column, bool ascending, const Value& value)
+Status appendKeyColumn(std::vector<uint8_t>& key, const Column& column, bool ascending, const Value& value,
+                       TrailingBlanks blanks)
 {
     const std::size_t start = key.size();
     if (isNull(value)) {
         key.push_back(kKeyNullFlag);
     } else {
         key.push_back(kKeyValueFlag);
-        if (Status appended = appendValueBytes(key, column, value); !appended)
+        if (Status appended = appendValueBytes(key, column, value, blanks); !appended)
             return appended;
     }
     if (!ascending) {
@@ -119,7 +121,7 @@ Status appendKeyColumn(std::vector<uint8_t>& key, const Column& column, bool asc
 }
 
 Result<std::vector<uint8_t>> encodeKey(const TableDefinition& table, const RealIndex& index,
-                                       const std::vector<Value>& values)
+                                       const std::vector<Value>& values, TrailingBlanks blanks)
 {
     if (values.size() > index.columns.size())
         return invalidArgument("a key of " + std::to_string(values.size()) + " values for an index of " +
@@ -129,10 +131,27 @@ Result<std::vector<uint8_t>> encodeKey(const TableDefinition& table, const RealI
         const Column* column = table.columnByNumber(index.columns[i].columnNumber);
         if (!column)
             return corruption("table " + table.name + ": an index names a missing column");
-        if (Status appended = appendKeyColumn(key, *column, index.columns[i].ascending, values[i]); !appended)
+        if (Status appended = appendKeyColumn(key, *column, index.columns[i].ascending, values[i], blanks);
+            !appended)
             return appended.error();
     }
     return key;
+}
+
+std::optional<std::vector<uint8_t>> earlierFormKey(const TableDefinition& table, const RealIndex& index,
+                                                   const std::vector<Value>& values,
+                                                   const std::vector<uint8_t>& accessKey)
+{
+    const bool endsInBlank = std::any_of(values.begin(), values.end(), [](const Value& value) {
+        const auto* text = std::get_if<std::string>(&value);
+        return text && !text->empty() && text->back() == ' ';
+    });
+    if (!endsInBlank)
+        return std::nullopt;
+    auto kept = encodeKey(table, index, values, TrailingBlanks::Kept);
+    if (!kept || *kept == accessKey)
+        return std::nullopt;
+    return std::move(*kept);
 }
 
 }  // namespace mdb

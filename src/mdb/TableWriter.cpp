@@ -273,13 +273,31 @@ Result<std::optional<IndexEntry>> TableWriter::entryFor(const RealIndex& index, 
     }
     if (allNull && (index.flags & RealIndex::kIgnoreNullsFlag))
         return std::optional<IndexEntry>();
-    auto key = encodeKey(table_, index, keyValues);
+    auto key = encodeKey(table_, index, keyValues, keyForm_);
     if (!key)
         return within("table " + table_.name, key.error());
     IndexEntry entry;
     entry.key = std::move(*key);
     entry.row = row;
     return std::optional<IndexEntry>(std::move(entry));
+}
+
+// An entry written by an earlier version may carry the key of its text with
+// the trailing blanks: the entry to remove is the one the index holds.
+Status TableWriter::useTheFormHeld(const RealIndex& index, const std::vector<Value>& values, IndexEntry& entry)
+{
+    std::vector<Value> keyValues;
+    for (const IndexColumn& indexed : index.columns)
+        keyValues.push_back(values[std::size_t(table_.columnByNumber(indexed.columnNumber) - table_.columns.data())]);
+    const auto earlier = earlierFormKey(table_, index, keyValues, entry.key);
+    if (!earlier)
+        return Status::success();
+    auto rows = IndexTree(indexPages_, index, pager_.pageCount()).find(entry.key);
+    if (!rows)
+        return within("table " + table_.name, rows.error());
+    if (std::find(rows->begin(), rows->end(), entry.row) == rows->end())
+        entry.key = *earlier;
+    return Status::success();
 }
 
 Result<bool> TableWriter::sameKeyElsewhere(const RealIndex& index, const IndexEntry& entry,
@@ -349,6 +367,8 @@ Status TableWriter::removeEntries(const std::vector<Value>& values, RowPointer r
             return entry.error();
         if (!*entry)
             continue;
+        if (Status found = useTheFormHeld(index, values, **entry); !found)
+            return found;
         auto removed = IndexWriter(indexPages_, allocator_, maps_, table_.firstPage, index).remove(**entry);
         if (!removed)
             return within("table " + table_.name, removed.error());

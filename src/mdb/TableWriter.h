@@ -1,5 +1,6 @@
 #pragma once
 
+#include "mdb/GeneralSortOrder.h"
 #include "mdb/IndexWriter.h"
 #include "mdb/TableDefinition.h"
 #include "mdb/UsageMapEditor.h"
@@ -34,6 +35,10 @@ public:
     // Adds every row's entry to a real index (a new, empty one).
     Status fillIndex(std::size_t realIndex);
 
+    // The form of the text keys it writes: Access's, unless told to write
+    // those of earlier versions of this engine (for tests that make such files).
+    void setTextKeyForm(TrailingBlanks form) { keyForm_ = form; }
+
 private:
     struct Stored {
         std::vector<uint8_t> bytes;
@@ -55,6 +60,7 @@ private:
     Status checkUnique(std::size_t indexNumber, const IndexEntry& entry);
     // Whether entries other than `entry` have its key, given what the
     // insert or removal already found out.
+    Status useTheFormHeld(const RealIndex& index, const std::vector<Value>& values, IndexEntry& entry);
     Result<bool> sameKeyElsewhere(const RealIndex& index, const IndexEntry& entry, IndexWriter::SameKey known);
     Status addEntries(const std::vector<Value>& values, RowPointer row);
     Status removeEntries(const std::vector<Value>& values, RowPointer row);
@@ -67,6 +73,7 @@ private:
     PageAllocator& allocator_;
     UsageMapEditor& maps_;
     TableDefinition& table_;
+    TrailingBlanks keyForm_ = TrailingBlanks::LeftOut;
     uint32_t insertPage_ = 0;
     uint32_t longValuePage_ = 0;
 };

@@ -131,9 +131,11 @@ private:
         }
     }
 
-    // The key `index` gives a row, or nothing for a row an ignore-nulls index leaves out.
-    static Result<std::optional<std::vector<uint8_t>>> keyOf(const TableDefinition& table, const RealIndex& index,
-                                                            const Row& row)
+    // The keys `index` may give a row: Access's, and the one earlier
+    // versions of this engine wrote when it differs (a text ending in
+    // blanks); none for a row an ignore-nulls index leaves out.
+    static Result<std::vector<std::vector<uint8_t>>> keysOf(const TableDefinition& table, const RealIndex& index,
+                                                           const Row& row)
     {
         std::vector<Value> values;
         bool allNull = true;
@@ -143,11 +145,14 @@ private:
             allNull = allNull && isNull(values.back());
         }
         if (allNull && (index.flags & RealIndex::kIgnoreNullsFlag))
-            return std::optional<std::vector<uint8_t>>();
+            return std::vector<std::vector<uint8_t>>();
         auto key = encodeKey(table, index, values);
         if (!key)
             return key.error();
-        return std::optional<std::vector<uint8_t>>(std::move(*key));
+        std::vector<std::vector<uint8_t>> keys{*key};
+        if (auto earlier = earlierFormKey(table, index, values, *key))
+            keys.push_back(std::move(*earlier));
+        return keys;
     }
 
     void checkTable(const TableEntry& entry)
@@ -165,12 +170,13 @@ private:
         Status scanned = database_.scan(*table, [&](const Row& row) {
             rows.push_back(row.location.pack());
             for (std::size_t i = 0; i < table->realIndexes.size(); ++i) {
-                auto key = keyOf(*table, table->realIndexes[i], row);
-                if (!key) {
+                auto keys = keysOf(*table, table->realIndexes[i], row);
+                if (!keys) {
                     expected[i].unkeyable.push_back(row.location.pack());
                     ++expected[i].count;
-                } else if (*key) {
-                    expected[i].fingerprints.push_back(fingerprint(**key, row.location));
+                } else if (!keys->empty()) {
+                    for (const std::vector<uint8_t>& key : *keys)
+                        expected[i].fingerprints.push_back(fingerprint(key, row.location));
                     ++expected[i].count;
                 }
             }

@@ -116,6 +116,8 @@ TEST(ColumnValuesTest, ConversionsIntoColumns)
     EXPECT_FALSE(ColumnValues::equal(mdb::Null{}, mdb::Null{})) << "null equals nothing";
     EXPECT_TRUE(ColumnValues::equal(int32_t(3), 3.0));
     EXPECT_TRUE(ColumnValues::equal(std::string("Roof"), std::string("ROOF")));
+    EXPECT_TRUE(ColumnValues::equal(std::string("Roof  "), std::string("roof"))) << "as the index finds it";
+    EXPECT_FALSE(ColumnValues::equal(std::string(" Roof"), std::string("Roof")));
     EXPECT_LT(ColumnValues::compare(mdb::Null{}, int32_t(-5)), 0) << "null sorts first";
 }
 

@@ -190,6 +190,48 @@ TEST(TextKeys, OrderAsAccessSortsNames)
     EXPECT_EQ(*generalTextKey(u"Home Station"), *generalTextKey(u"HOME station"));
 }
 
+// Access leaves the blanks at the end of a text out of its key ("Week  " is
+// found as "Week"). Files in which earlier versions of this engine wrote
+// them into the key are read, checked and changed all the same.
+TEST(TextKeys, TrailingBlanksAreLeftOutAndTheEarlierFormIsStillRead)
+{
+    EXPECT_EQ(*generalTextKey(u"Week  "), *generalTextKey(u"Week"));
+    EXPECT_NE(*generalTextKey(u"Week  ", TrailingBlanks::Kept), *generalTextKey(u"Week"));
+    EXPECT_NE(*generalTextKey(u"  Week"), *generalTextKey(u"Week")) << "leading blanks count";
+
+    for (const bool earlierFile : {false, true}) {
+        SCOPED_TRACE(earlierFile ? "written with the blanks in the key" : "written in Access's form");
+        MemoryFileSystem files;
+        ASSERT_TRUE(createDatabase(files, kPath, [earlierFile](DatabaseWriter& writer) {
+            if (earlierFile)
+                writer.writeEarlierTextKeys();
+            Status made = writer.createTable(
+                "Favorites", {{"FavID", ColumnType::Long, 0, true}, {"FavName", ColumnType::Text, 50}},
+                {{"FavName", {"FavName"}}});
+            for (const char* name : {"Week ", "Day", "Month   "})
+                made = made && writer.append("Favorites", {Null{}, std::string(name)}) ? Status::success()
+                                                                                         : invalidArgument("append");
+            return made;
+        }));
+        auto database = Database::open(files, kPath, OpenMode::ReadWrite);
+        ASSERT_TRUE(database);
+        EXPECT_TRUE(verifyDatabase(**database).problems.empty());
+        DatabaseWriter writer(**database);
+        auto week = writer.find("Favorites", "FavName", {std::string("Week ")});
+        ASSERT_TRUE(week && week->size() == 1u);
+        // Changing and deleting such a row removes whichever key the index holds.
+        ASSERT_TRUE(writer.update("Favorites", week->front().location, {week->front().values[0], std::string("Week")}));
+        auto month = writer.find("Favorites", "FavName", {std::string("Month   ")});
+        ASSERT_TRUE(month && month->size() == 1u);
+        ASSERT_TRUE(writer.remove("Favorites", month->front().location));
+        ASSERT_TRUE(writer.commit());
+        EXPECT_TRUE(verifyDatabase(**database).problems.empty());
+        auto renamed = writer.find("Favorites", "FavName", {std::string("Week")});
+        ASSERT_TRUE(renamed);
+        EXPECT_EQ(renamed->size(), 1u);
+    }
+}
+
 TEST(GlobalUsageMap, GrowsPastPageOneIntoMapPages)
 {
     const fs::path folder = fs::temp_directory_path() / ("nimbrel-global-map-" + std::to_string(::getpid()));

@@ -178,6 +178,24 @@ QVariant fromStored(const mdb::Value& value)
         value);
 }
 
+namespace {
+
+// Texts compare as their index keys do: letter case and trailing blanks do not count.
+int compareTexts(const std::string& a, const std::string& b)
+{
+    const auto trimmed = [](const std::string& text) {
+        QString result = QString::fromStdString(text);
+        qsizetype end = result.size();
+        while (end > 0 && result[end - 1] == u' ')
+            --end;
+        result.truncate(end);
+        return result;
+    };
+    return trimmed(a).compare(trimmed(b), Qt::CaseInsensitive);
+}
+
+}  // namespace
+
 bool equal(const mdb::Value& a, const mdb::Value& b)
 {
     if (mdb::isNull(a) || mdb::isNull(b))
@@ -187,8 +205,7 @@ bool equal(const mdb::Value& a, const mdb::Value& b)
     if (left && right)
         return *left == *right;
     if (std::holds_alternative<std::string>(a) && std::holds_alternative<std::string>(b))
-        return QString::fromStdString(std::get<std::string>(a))
-                   .compare(QString::fromStdString(std::get<std::string>(b)), Qt::CaseInsensitive) == 0;
+        return compareTexts(std::get<std::string>(a), std::get<std::string>(b)) == 0;
     return a == b;
 }
 
@@ -201,8 +218,7 @@ int compare(const mdb::Value& a, const mdb::Value& b)
     if (left && right)
         return (*left > *right) - (*left < *right);
     if (std::holds_alternative<std::string>(a) && std::holds_alternative<std::string>(b))
-        return QString::fromStdString(std::get<std::string>(a))
-            .compare(QString::fromStdString(std::get<std::string>(b)), Qt::CaseInsensitive);
+        return compareTexts(std::get<std::string>(a), std::get<std::string>(b));
     return 0;
 }
 

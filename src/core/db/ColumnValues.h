@@ -33,11 +33,12 @@ QDateTime fromDateTime(mdb::DateTime stored);
 
 // Whether two stored values are equal as a statement's "=" compares them:
 // null equals nothing, numbers compare by value whatever their type, texts
-// ignore letter case.
+// ignore letter case and blanks at their end (as a text index does).
 bool equal(const mdb::Value& a, const mdb::Value& b);
 
 // Orders two stored values as a statement's ORDER BY does: null first,
-// numbers and dates by value, texts ignoring letter case. Negative, zero or
+// numbers and dates by value, texts ignoring letter case and trailing
+// blanks. Negative, zero or
 // positive as a is before, level with or after b.
 int compare(const mdb::Value& a, const mdb::Value& b);
 
