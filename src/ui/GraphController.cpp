@@ -100,19 +100,29 @@ void GraphController::addFavourite()
     const std::vector<TraceEntry>& traces = shown_.state.traces;
     if (traces.empty())
         return;
-    const std::optional<QString> name =
+    const std::optional<QString> typed =
         choosers_.text(window_, tr("Favourite"), tr("Name this Favourite"),
-                       traces.front().sourceName + " " + traces.front().typeName());
-    if (!name || name->isEmpty())
+                       Favourites::plainName(traces.front().sourceName + " " + traces.front().typeName()));
+    // Blanks around a name would only make two names look alike.
+    const QString name = typed.value_or(QString()).trimmed();
+    if (name.isEmpty())
         return;
+    if (const std::optional<QChar> unstorable = Favourites::unstorableCharacter(name)) {
+        environment_.boxes.show(tr("Favourite"),
+                                tr("The name may hold only letters of Western European languages, digits, blanks "
+                                   "and the usual signs; \"%1\" cannot be part of it. Please choose another name.")
+                                    .arg(*unstorable),
+                                MessageBoxes::Icon::Exclamation);
+        return;
+    }
     for (QAction* item : favouriteItems_) {
-        if (item->text() == *name) {  // exactly: "Week" and "week" are two favourites
-            environment_.boxes.show(tr("Favourite Exists"), tr("Already have a Favorite named ") + *name,
+        if (item->text() == name) {  // exactly: "Week" and "week" are two favourites
+            environment_.boxes.show(tr("Favourite Exists"), tr("Already have a Favorite named ") + name,
                                     MessageBoxes::Icon::Exclamation);
             return;
         }
     }
-    ask([name = *name](CycleWorker& w) { w.saveFavourite(name); });
+    ask([name](CycleWorker& w) { w.saveFavourite(name); });
 }
 
 void GraphController::favouriteSaved(qint32 favID, const QString& name)

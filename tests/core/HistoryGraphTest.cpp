@@ -414,3 +414,12 @@ TEST(GraphPieces, TheTableMergesTheTracesByTime)
 }
 
 }  // namespace
+
+TEST(FavouriteNames, WhatTheIndexOfNamesCanHold)
+{
+    EXPECT_EQ(Favourites::unstorableCharacter("Temp \u20AC"), QChar(0x20AC));
+    EXPECT_EQ(Favourites::unstorableCharacter("Stra\u00DFe \u00BD, \u00E9t\u00E9 (roof) #2"), std::nullopt);
+    const QString offered = Favourites::plainName("Garden \u2013 north \u201Cwest\u201D Temperature Out");
+    EXPECT_EQ(offered, "Garden - north \"west\" Temperature Out");
+    EXPECT_EQ(Favourites::unstorableCharacter(offered), std::nullopt);
+}

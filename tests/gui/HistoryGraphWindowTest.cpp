@@ -148,10 +148,14 @@ private slots:
         run->find<QAction>("addFavouriteAction")->trigger();
         QCOMPARE(run->choosers.prompts.last(), QString("Favourite: Name this Favourite [Demo Station Barometer]"));
         QTRY_VERIFY(run->favourite("Pressure"));
-        run->choosers.texts = {"Pressure"};
+        run->choosers.texts = {"Pressure  "};  // the same name with blanks after it
         run->find<QAction>("addFavouriteAction")->trigger();
         QCOMPARE(run->boxes.boxes().back().title, QString("Favourite Exists"));
         QCOMPARE(run->boxes.boxes().back().text, QString("Already have a Favorite named Pressure"));
+        run->choosers.texts = {"Pressure \u20AC"};
+        run->find<QAction>("addFavouriteAction")->trigger();
+        QVERIFY(run->boxes.boxes().back().text.startsWith("The name may hold only letters of Western European"));
+        QVERIFY(run->boxes.boxes().back().text.contains("\"\u20AC\" cannot be part of it"));
         QCOMPARE(SourceLists::favouriteList(run->demo.databasePath(), run->environment).size(), 4);
 
         run->favourite("Today and yesterday")->trigger();

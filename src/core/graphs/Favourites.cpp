@@ -3,6 +3,7 @@
 #include "core/db/DatabaseSession.h"
 #include "core/db/NimbrelSchema.h"
 #include "core/errors/ErrorReporter.h"
+#include "mdb/GeneralSortOrder.h"
 
 #include <QHash>
 
@@ -165,6 +166,25 @@ std::optional<Favourite> load(const QString& databasePath, qint32 favID,
         return std::nullopt;
     }
     return *loaded;
+}
+
+std::optional<QChar> unstorableCharacter(const QString& name)
+{
+    for (const QChar c : name) {
+        if (!mdb::generalTextKey(std::u16string(1, c.unicode())))
+            return c;
+    }
+    return std::nullopt;
+}
+
+QString plainName(const QString& name)
+{
+    QString plain = name;
+    plain.replace(QChar(0x2013), u'-').replace(QChar(0x2014), u'-').replace(QChar(0x2212), u'-');
+    plain.replace(QChar(0x2018), u'\'').replace(QChar(0x2019), u'\'');
+    plain.replace(QChar(0x201C), u'"').replace(QChar(0x201D), u'"');
+    plain.replace(QChar(0x2026), QStringLiteral("..."));
+    return plain;
 }
 
 }  // namespace Favourites

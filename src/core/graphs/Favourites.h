@@ -38,4 +38,15 @@ std::optional<Favourite> load(const QString& databasePath, qint32 favID,
                               const std::vector<std::shared_ptr<WeatherSource>>& sources,
                               const Environment& environment);
 
+// The first character a favourite's name cannot hold, or nothing. Names are
+// kept in an index of the database whose order knows the letters of Western
+// European languages, digits, blanks and the usual signs (the characters up
+// to U+00FF); a euro sign or a typographic dash has no place in it.
+std::optional<QChar> unstorableCharacter(const QString& name);
+
+// A name as offered for a new favourite: typographic dashes, quotes and
+// the ellipsis written with their plain characters ("Garden – north" becomes
+// "Garden - north"), so that the name offered can be saved.
+QString plainName(const QString& name);
+
 }  // namespace Favourites
