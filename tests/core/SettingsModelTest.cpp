@@ -145,7 +145,7 @@ TEST_F(SettingsStore, SavingTwiceWritesTheSameFile)
     EXPECT_EQ(readAll(folder.file("Nimbrel.conf")), first);
 }
 
-TEST_F(SettingsStore, NonNumbersReadAsZero)
+TEST_F(SettingsStore, NonNumbersReadAsZeroButAnIntervalIsReported)
 {
     auto settings = store();
     settings->setValue("Data/Interval", "ten");
@@ -157,7 +157,10 @@ TEST_F(SettingsStore, NonNumbersReadAsZero)
     EXPECT_EQ(model.cycleMinutes(), 10);
     EXPECT_EQ(model.fontColour(), 0);
     EXPECT_EQ(model.autoRefresh(), 0);
-    EXPECT_TRUE(errors.empty());
+    // A cycle of "ten" is no cycle: said, and taken as the default.
+    ASSERT_EQ(errors.messages().size(), 1);
+    EXPECT_EQ(errors.messages().first(), "Get INI Settings Error: \r\nInterval \"ten\" is not a position in the cycle "
+                                         "list (0 to 5); the cycle is 10 minutes until the preferences are saved");
 }
 
 TEST_F(SettingsStore, IntervalOutsideTheListIsReportedAndTakenAsTenMinutes)
@@ -174,17 +177,36 @@ TEST_F(SettingsStore, IntervalOutsideTheListIsReportedAndTakenAsTenMinutes)
     EXPECT_TRUE(errors.messages().first().startsWith("Get INI Settings Error: \r\n"));
 }
 
-TEST_F(SettingsStore, HandEditedListsAndFlagsAreUnderstood)
+// People edit the settings file by hand: every value reads as the text typed
+// after "=", semicolons, commas and backslashes included.
+TEST_F(SettingsStore, HandTypedValuesReadAsTyped)
 {
     QFile file(folder.file("Nimbrel.conf"));
     ASSERT_TRUE(file.open(QIODevice::WriteOnly));
-    file.write("[Misc]\nErrorTo=a@example.org, b@example.org\nFirstRun=false\nErrorMail=2\n");
+    file.write("[Misc]\nErrorTo=a@x.org;b@y.org\nErrorPass=se;cr=et#1\nErrorFrom=a@x.org,b@y.org\n"
+               "FirstRun=false\nErrorMail=2\nErrorSMTP = mail.example.org:587 \n"
+               "[Data]\nGraphic=C:\\web\\images\nDatabase=\"/home/me/My Weather, 2026.mdb\"\nInterval=2\n");
     file.close();
     SettingsModel model;
     ASSERT_TRUE(load(model));
-    EXPECT_EQ(model.errorTo(), "a@example.org, b@example.org");
+    EXPECT_EQ(model.errorTo(), "a@x.org;b@y.org");
+    EXPECT_EQ(model.errorPassword(), "se;cr=et#1");
+    EXPECT_EQ(model.errorFrom(), "a@x.org,b@y.org");
+    EXPECT_EQ(model.errorSmtp(), "mail.example.org:587");
+    EXPECT_EQ(model.graphicFolder(), "C:\\web\\images");
+    EXPECT_EQ(model.database(), "/home/me/My Weather, 2026.mdb") << "quoted as the store writes it";
+    EXPECT_EQ(model.cycleMinutes(), 30);
     EXPECT_FALSE(model.firstRun());
     EXPECT_FALSE(model.errorMail());  // only "1" means on
+
+    // What the store wrote reads back the same, whatever it holds.
+    auto settings = store();
+    QString error;
+    ASSERT_TRUE(model.save(*settings, error)) << error.toStdString();
+    settings.reset();
+    SettingsModel again;
+    ASSERT_TRUE(load(again));
+    EXPECT_EQ(again.snapshot(), model.snapshot());
 }
 
 TEST_F(SettingsStore, UnreadableStoreIsReportedAndChangesNothing)

@@ -1,6 +1,7 @@
 #include "core/settings/SettingsModel.h"
 
 #include "core/errors/ErrorReporter.h"
+#include "core/settings/TypedIniValues.h"
 #include "core/text/NumberText.h"
 
 #include <QDir>
@@ -16,20 +17,19 @@ QString key(const char* section, const QString& name)
     return QLatin1String(section) + u'/' + name;
 }
 
-// A text value; a hand-edited value with commas that the store reads as a
-// list is put back together.
-QString readText(QSettings& store, const QString& key, const QString& defaultValue)
+// A value as it was typed after "=" (see TypedIniValues), or as the store
+// reads it.
+QString readText(QSettings& store, const TypedIniValues& typed, const QString& key, const QString& defaultValue)
 {
-    const QVariant value = store.value(key, defaultValue);
-    if (value.metaType().id() == QMetaType::QStringList)
-        return value.toStringList().join(QStringLiteral(", "));
-    return value.toString();
+    if (const std::optional<QString> handTyped = typed.handTyped(key))
+        return *handTyped;
+    return store.value(key, defaultValue).toString();
 }
 
 // Flags, list positions and colours: the leading number of the text, 0 when none.
-qint32 readNumber(QSettings& store, const QString& key, qint32 defaultValue)
+qint32 readNumber(QSettings& store, const TypedIniValues& typed, const QString& key, qint32 defaultValue)
 {
-    const double value = NumberText::leadingNumber(readText(store, key, QString::number(defaultValue)));
+    const double value = NumberText::leadingNumber(readText(store, typed, key, QString::number(defaultValue)));
     if (value >= 2147483647.0)
         return 2147483647;
     if (value <= -2147483648.0)
@@ -37,14 +37,29 @@ qint32 readNumber(QSettings& store, const QString& key, qint32 defaultValue)
     return qint32(std::trunc(value));
 }
 
-bool readBoolean(QSettings& store, const QString& key, bool defaultValue)
+bool readBoolean(QSettings& store, const TypedIniValues& typed, const QString& key, bool defaultValue)
 {
-    const QString text = readText(store, key, defaultValue ? "True" : "False").trimmed();
+    const QString text = readText(store, typed, key, defaultValue ? "True" : "False").trimmed();
     if (text.compare(u"False", Qt::CaseInsensitive) == 0)
         return false;
     if (text.compare(u"True", Qt::CaseInsensitive) == 0)
         return true;
     return NumberText::leadingNumber(text) != 0;
+}
+
+// The cycle's position in the list 10 ... 60 minutes. A text that is not one
+// of the positions would leave the cycle undefined: it gives 0 (10 minutes)
+// and `problem` says why.
+int readInterval(const QString& text, QString& problem)
+{
+    bool isNumber = false;
+    const int position = text.trimmed().toInt(&isNumber);
+    if (isNumber && position >= 0 && position < kIntervalPositions)
+        return position;
+    problem = QStringLiteral("Interval \"%1\" is not a position in the cycle list (0 to 5); "
+                             "the cycle is 10 minutes until the preferences are saved")
+                  .arg(text);
+    return 0;
 }
 
 QString describeStatus(const QSettings& store)
@@ -117,32 +132,29 @@ bool SettingsModel::load(QSettings& store, const QString& programFolder, ErrorRe
         return false;
     }
 
+    const TypedIniValues typed(store);
     const Preferences defaults;
     const Preferences current = snapshot();  // a missing colour keeps the one in use
     Preferences loaded;
-    const bool firstRun = readBoolean(store, key("Misc", "FirstRun"), true);
+    const bool firstRun = readBoolean(store, typed, key("Misc", "FirstRun"), true);
     for (int n = 0; n < Preferences::kScaleGroups; ++n) {
-        loaded.axisMinimum[n] = readText(store, key("Trace", QStringLiteral("Min%1").arg(n)), defaults.axisMinimum[n]);
-        loaded.axisMaximum[n] = readText(store, key("Trace", QStringLiteral("Max%1").arg(n)), defaults.axisMaximum[n]);
+        loaded.axisMinimum[n] =
+            readText(store, typed, key("Trace", QStringLiteral("Min%1").arg(n)), defaults.axisMinimum[n]);
+        loaded.axisMaximum[n] =
+            readText(store, typed, key("Trace", QStringLiteral("Max%1").arg(n)), defaults.axisMaximum[n]);
     }
     const QString errorLogDefault = QDir::toNativeSeparators(QDir(programFolder).filePath("ErrorLog.txt"));
     for (const TextField& text : kTexts) {
         const QString fallback = text.field == &Preferences::errorLog ? errorLogDefault : QString();
-        loaded.*text.field = readText(store, key(text.section, text.name), fallback);
+        loaded.*text.field = readText(store, typed, key(text.section, text.name), fallback);
     }
 
-    loaded.intervalPosition = readNumber(store, key("Data", "Interval"), 0);
     QString intervalProblem;
-    if (loaded.intervalPosition < 0 || loaded.intervalPosition >= kIntervalPositions) {
-        intervalProblem = QStringLiteral("Interval %1 is not a position in the cycle list (0 to 5); "
-                                         "the cycle is 10 minutes until the preferences are saved")
-                              .arg(loaded.intervalPosition);
-        loaded.intervalPosition = 0;
-    }
+    loaded.intervalPosition = readInterval(readText(store, typed, key("Data", "Interval"), "0"), intervalProblem);
     for (const FlagField& flag : kFlags)
-        loaded.*flag.field = readNumber(store, key(flag.section, flag.name), 0) == 1;
+        loaded.*flag.field = readNumber(store, typed, key(flag.section, flag.name), 0) == 1;
     for (const ColourField& colour : kColours)
-        loaded.*colour.field = readNumber(store, key("Colour", colour.name), current.*colour.field);
+        loaded.*colour.field = readNumber(store, typed, key("Colour", colour.name), current.*colour.field);
 
     {
         QMutexLocker lock(&mutex_);
@@ -239,11 +251,12 @@ void SettingsModel::setAxisMaximum(int group, const QString& value)
 
 RemoteSettings loadRemoteSettings(QSettings& store)
 {
+    const TypedIniValues typed(store);
     const RemoteSettings defaults;
     RemoteSettings values;
-    values.remoteAddress = readText(store, key("Data", "RemoteIP"), defaults.remoteAddress);
-    values.remotePort = readText(store, key("Data", "RemotePort"), defaults.remotePort);
-    values.localPort = readText(store, key("Data", "LocalPort"), defaults.localPort);
+    values.remoteAddress = readText(store, typed, key("Data", "RemoteIP"), defaults.remoteAddress);
+    values.remotePort = readText(store, typed, key("Data", "RemotePort"), defaults.remotePort);
+    values.localPort = readText(store, typed, key("Data", "LocalPort"), defaults.localPort);
     return values;
 }
 
