@@ -1,7 +1,8 @@
-// Damaged files must give errors, never crashes: mutated copies of the
-// Access-made fixtures are opened, walked completely and written to (under
-// the address and undefined-behaviour sanitizers in the sanitizer build).
-// Each case is reproducible from its fixture and seed.
+// Damaged files must give errors, never crashes: mutated copies of a
+// database the test makes, and of the Access-made fixtures where they are
+// at hand, are opened, walked completely and written to (under the address
+// and undefined-behaviour sanitizers in the sanitizer build). Each case is
+// reproducible from its file and seed.
 #include "MdbExercise.h"
 #include "MdbTestSupport.h"
 
@@ -67,27 +68,38 @@ void mutate(std::vector<uint8_t>& bytes, uint32_t seed)
     }
 }
 
-class FuzzedCopiesOf : public ::testing::TestWithParam<std::string> {};
-
-}  // namespace
-
-TEST_P(FuzzedCopiesOf, AreReadAndWrittenWithoutCrashing)
+// Mutates `cases` copies of `original` and exercises each; the seeds follow
+// from `name`, so every machine runs the same cases.
+void fuzzCopies(const std::vector<uint8_t>& original, const std::string& name, int cases)
 {
-    SKIP_WITHOUT_FIXTURES();
-    const std::vector<uint8_t> original = readFile(mdbFixture(GetParam()));
     ASSERT_FALSE(original.empty());
-    uint32_t base = 2166136261u;  // FNV-1a of the name: the same seeds on every machine
-    for (char c : GetParam())
+    uint32_t base = 2166136261u;  // FNV-1a of the name
+    for (char c : name)
         base = (base ^ uint8_t(c)) * 16777619u;
     int errors = 0;
-    for (int i = 0; i < kCasesPerFixture; ++i) {
+    for (int i = 0; i < cases; ++i) {
         std::vector<uint8_t> copy = original;
         mutate(copy, base + uint32_t(i));
-        SCOPED_TRACE("seed " + std::to_string(base + uint32_t(i)));
+        SCOPED_TRACE(name + ", seed " + std::to_string(base + uint32_t(i)));
         errors += exerciseDatabase(std::move(copy)) > 0;
     }
     EXPECT_GT(errors, 0) << "the mutations should damage something";
 }
 
-INSTANTIATE_TEST_SUITE_P(AccessFiles, FuzzedCopiesOf, ::testing::ValuesIn(mdbFixtureNames()),
+class FuzzedAccessFilesFromFixtures : public ::testing::TestWithParam<std::string> {};
+
+}  // namespace
+
+TEST(FuzzedCopies, OfAMadeDatabaseAreReadAndWrittenWithoutCrashing)
+{
+    fuzzCopies(madeDatabaseBytes(150), "made database", kCasesPerFixture);
+}
+
+TEST_P(FuzzedAccessFilesFromFixtures, AreReadAndWrittenWithoutCrashing)
+{
+    SKIP_WITHOUT_FIXTURES();
+    fuzzCopies(readFile(mdbFixture(GetParam())), GetParam(), kCasesPerFixture);
+}
+
+INSTANTIATE_TEST_SUITE_P(AccessFiles, FuzzedAccessFilesFromFixtures, ::testing::ValuesIn(mdbFixtureNames()),
                          [](const auto& info) { return info.param.substr(0, info.param.find('.')); });

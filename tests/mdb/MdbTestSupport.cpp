@@ -1,6 +1,7 @@
 #include "MdbTestSupport.h"
 
 #include "mdb/ByteWriter.h"
+#include "mdb/DatabaseCreator.h"
 #include "mdb/Header.h"
 #include "mdb/Text.h"
 
@@ -127,4 +128,23 @@ Status exerciseTable(DatabaseWriter& writer, const std::string& table, int rows)
             return removed;
     }
     return Status::success();
+}
+
+std::vector<uint8_t> madeDatabaseBytes(int rows)
+{
+    using namespace mdb;
+    const std::string path = "/made/weather.mdb";
+    MemoryFileSystem files;
+    const Status created = createDatabase(files, path, [rows](DatabaseWriter& writer) {
+        using T = ColumnType;
+        const Status made = writer.createTable(
+            "Log",
+            {{"Id", T::Long, 0, true}, {"Station", T::Long}, {"Name", T::Text, 60}, {"Reading", T::Double},
+             {"Taken", T::DateTime}, {"Note", T::Memo}, {"Flag", T::Boolean}},
+            {{"Id", {"Id"}, true, true}, {"StationTaken", {"Station", "Taken"}}, {"Name", {"Name"}}});
+        return made ? exerciseTable(writer, "Log", rows) : made;
+    });
+    if (!created)
+        throw std::runtime_error("cannot make the test database: " + created.error().message);
+    return files.content(path);
 }

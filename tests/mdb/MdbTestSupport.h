@@ -23,6 +23,13 @@ bool haveFixtures();
 
 std::vector<uint8_t> fileBytes(const std::string& path);
 
+// A database made by this engine in memory, for tests that damage files: a
+// table "Log" of the common column types (a text, a memo with values inline
+// and on pages of their own, numbers, a date, yes/no) with
+// indexes over a number, a text and a pair, filled with `rows` rows that
+// were appended, changed and deleted.
+std::vector<uint8_t> madeDatabaseBytes(int rows = 400);
+
 // Rewrites a Jet 4 database image as earlier versions of this engine wrote
 // it: the links and prefix length of every index page 4 bytes early, and the
 // empty password's mask misaligned. Only for files written by this engine.
