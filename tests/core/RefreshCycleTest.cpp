@@ -4,8 +4,11 @@
 #include "core/db/DatabaseSession.h"
 #include "core/readings/StationSimulator.h"
 #include "core/errors/ErrorRouter.h"
+#include "core/graphs/Favourites.h"
+#include "core/sources/SourceLists.h"
 #include "core/errors/SmtpMailer.h"
 #include "core/settings/SettingsModel.h"
+#include "mdb/FileSystem.h"
 #include "mdb/Layout.h"
 #include "support/SmtpTestServer.h"
 
@@ -39,6 +42,7 @@ public:
         return failingRedraws-- <= 0;
     }
     void exportPicture(int position) override { calls << QString("picture %1").arg(position); }
+    void showOnScreen() override { calls << "screen"; }
 
     QList<PictureFavourite> favourites;
     int failingRedraws = 0;
@@ -197,11 +201,11 @@ TEST_F(RefreshCycleTest, AFailedRedrawEndsItsCycleWithoutRunningItAgain)
     addSource(0, 0, stationFile, 1);
     startCycle();
     runUntil(QDateTime(kStart.date(), QTime(10, 19, 55)));
-    EXPECT_EQ(graph.calls, QStringList({"today 2026-03-10", "redraw"})) << "tried once, not every five seconds";
+    EXPECT_EQ(graph.calls, QStringList({"today 2026-03-10", "redraw", "screen"})) << "tried once, not every five seconds";
     EXPECT_EQ(loggedTimes(), std::vector<std::string>{"10:10"});
     EXPECT_EQ(cycle.nextDue(), QDateTime(kStart.date(), QTime(10, 20)));
     runUntil(QDateTime(kStart.date(), QTime(10, 20)));
-    EXPECT_EQ(graph.calls.size(), 4) << "the next cycle redraws again";
+    EXPECT_EQ(graph.calls.size(), 6) << "the next cycle redraws again";
 }
 
 TEST_F(RefreshCycleTest, AFailedRedrawEndsTheCyclesPictures)
@@ -212,8 +216,8 @@ TEST_F(RefreshCycleTest, AFailedRedrawEndsTheCyclesPictures)
     graph.failingRedraws = 1;
     startCycle();
     runUntil(QDateTime(kStart.date(), QTime(10, 20)), false);
-    EXPECT_EQ(graph.calls, QStringList({"today 2026-03-10", "load 4", "redraw", "today 2026-03-10", "load 4",
-                                        "redraw", "picture 0", "load 2", "redraw", "picture 1"}));
+    EXPECT_EQ(graph.calls, QStringList({"today 2026-03-10", "load 4", "redraw", "screen", "today 2026-03-10",
+                                        "load 4", "redraw", "picture 0", "load 2", "redraw", "picture 1", "screen"}));
 }
 
 TEST_F(RefreshCycleTest, TheMinutesReadingOfAMissingFileIsReportedOncePerCycle)
@@ -235,7 +239,7 @@ TEST_F(RefreshCycleTest, GraphAloneRedrawsOneMinuteAfterItsDueTime)
     EXPECT_EQ(graph.calls, QStringList({"today 2026-03-10"})) << "first the redraw is put off";
     EXPECT_EQ(cycle.nextDue(), QDateTime(kStart.date(), QTime(10, 10)));
     runUntil(QDateTime(kStart.date(), QTime(10, 11)), false);
-    EXPECT_EQ(graph.calls, QStringList({"today 2026-03-10", "today 2026-03-10", "redraw"}));
+    EXPECT_EQ(graph.calls, QStringList({"today 2026-03-10", "today 2026-03-10", "redraw", "screen"}));
     EXPECT_EQ(cycle.nextDue(), QDateTime(kStart.date(), QTime(10, 20)));
 }
 
@@ -247,7 +251,7 @@ TEST_F(RefreshCycleTest, PicturesOfTheExportedFavouritesInListOrder)
     startCycle();
     runUntil(QDateTime(kStart.date(), QTime(10, 10)), false);
     EXPECT_EQ(graph.calls, QStringList({"today 2026-03-10", "load 4", "redraw", "picture 0", "load 2", "redraw",
-                                        "picture 3"}));
+                                        "picture 3", "screen"}));
 }
 
 TEST_F(RefreshCycleTest, TrayShowsReadingAndCycle)
@@ -402,4 +406,94 @@ TEST_F(RefreshCycleTest, ADamagedHistoryIsLoggedOncePerCycleAndMailedOnce)
     const auto mails = server.messages(1, 3000);
     EXPECT_EQ(mails.size(), 1u) << "the same error repeated within the hour is not mailed again";
     EXPECT_EQ(MdbTools::count(path.toStdString(), "History"), 600 + 6);
+}
+
+namespace {
+
+// Draws nothing and counts what it was asked to draw.
+class CountingRenderer final : public GraphRenderer {
+public:
+    GraphPicture render(const GraphData&, const GraphPictureRequest& request) override
+    {
+        ++pictures;
+        GraphPicture picture;
+        picture.width = request.size.width();
+        picture.height = request.size.height();
+        picture.pixels.assign(std::size_t(picture.width) * std::size_t(picture.height), 0xFFFFFFFF);
+        return picture;
+    }
+    int pictures = 0;
+};
+
+// The computer's files, counting the openings of one of them.
+class CountingFiles final : public mdb::FileSystem {
+public:
+    explicit CountingFiles(std::string watched) : watched_(std::move(watched)) {}
+    mdb::Result<std::unique_ptr<mdb::File>> open(const std::string& path, mdb::OpenMode mode) override
+    {
+        openings += path == watched_;
+        return disk_.open(path, mode);
+    }
+    bool exists(const std::string& path) override { return disk_.exists(path); }
+    mdb::Status remove(const std::string& path) override { return disk_.remove(path); }
+    mdb::Status renameNoReplace(const std::string& from, const std::string& to) override
+    {
+        return disk_.renameNoReplace(from, to);
+    }
+    mdb::Status syncFolderOf(const std::string& path) override { return disk_.syncFolderOf(path); }
+    mdb::Status lock(mdb::File& file, mdb::LockKind kind, std::chrono::milliseconds wait) override
+    {
+        return disk_.lock(file, kind, wait);
+    }
+    int openings = 0;
+
+private:
+    std::string watched_;
+    mdb::DiskFileSystem disk_;
+};
+
+}  // namespace
+
+// Each favourite marked for export is drawn once per cycle, for its picture;
+// the favourites are read in one opening of the Primary database; the
+// window's graph is drawn once, when the cycle is done.
+TEST_F(RefreshCycleTest, EachExportedFavouriteIsDrawnOnceAndReadInOneOpening)
+{
+    const QString history = folder.file("history.mdb");
+    ASSERT_TRUE(NimbrelSchema::createDatabase(history.toStdString()));
+    {
+        auto session = DatabaseSession::open(path, DatabaseSession::Access::Write, environment);
+        ASSERT_TRUE(session);
+        auto table = (*session)->table("Sources");
+        ASSERT_TRUE((*session)->insert(*table, {{"SourceID", 0}, {"SourceName", "Roof"}, {"SourceDatabase", history}}));
+        ASSERT_TRUE((*session)->commit());
+    }
+    std::vector<std::shared_ptr<WeatherSource>> sources = loadSources(path, environment);
+    for (const char* name : {"Week", "Day", "Month"}) {
+        const Favourite favourite{false, 2, {{0, 0, "Roof", history, 0, 1, false, 0}}};
+        const qint32 favID = Favourites::save(path, name, favourite, environment);
+        ASSERT_NE(favID, 0);
+        if (QString(name) != "Day")
+            ASSERT_TRUE(SourceLists::setFavouriteExport(path, favID, true, environment));
+    }
+    settings.setAutoGraph(true);
+    settings.setAutoPicture(true);
+    settings.setGraphicFolder(folder.path());
+
+    CountingFiles files(path.toStdString());
+    const Environment counted{errors, boxes, clock, Environment::noBusyIndicator(), files};
+    CountingRenderer renderer;
+    GraphEngine engine(settings, counted, [&sources]() -> const GraphEngine::Sources& { return sources; }, &renderer);
+    engine.setViewSize(QSize(800, 500), 1);
+    renderer.pictures = 0;
+    RefreshCycle oneCycle(settings, counted, view, engine);
+    oneCycle.start(sources, kStart);
+    for (now = kStart; now <= QDateTime(kStart.date(), QTime(10, 10)); now = now.addSecs(5))
+        oneCycle.tick(now);
+
+    EXPECT_EQ(renderer.pictures, 2 + 1) << "two pictures and the window's graph";
+    EXPECT_EQ(files.openings, 1);
+    EXPECT_TRUE(QFile::exists(folder.file("wgraph0.gif")));
+    EXPECT_TRUE(QFile::exists(folder.file("wgraph2.gif")));
+    EXPECT_FALSE(QFile::exists(folder.file("wgraph1.gif")));
 }

@@ -80,7 +80,7 @@ qint32 GraphEngine::saveFavourite(const QString& name)
     return Favourites::save(settings_.primaryDatabase(), name, graph_.asFavourite(), environment_);
 }
 
-bool GraphEngine::loadFavourite(qint32 favID)
+bool GraphEngine::readFavourite(qint32 favID)
 {
     const auto favourite = Favourites::load(settings_.primaryDatabase(), favID, sources_(), environment_);
     if (!favourite)
@@ -89,9 +89,18 @@ bool GraphEngine::loadFavourite(qint32 favID)
     return true;
 }
 
+bool GraphEngine::loadFavourite(qint32 favID)
+{
+    const auto known = cycleFavourites_.find(favID);
+    if (known == cycleFavourites_.end())
+        return readFavourite(favID);
+    graph_.apply(known->second);
+    return true;
+}
+
 bool GraphEngine::showFavourite(qint32 favID)
 {
-    const bool loaded = loadFavourite(favID);
+    const bool loaded = readFavourite(favID);
     return refresh() && loaded;
 }
 
@@ -110,18 +119,25 @@ void GraphEngine::moveToToday(const QDate& today)
 
 QList<PictureFavourite> GraphEngine::exportFavourites()
 {
+    cycleFavourites_.clear();
     QList<PictureFavourite> marked;
-    const auto favourites = SourceLists::favouriteExports(settings_.primaryDatabase(), environment_);
-    for (int number = 0; number < favourites.size(); ++number) {
-        if (favourites[number].exported)
-            marked.append({favourites[number].key, number});
+    const auto favourites = Favourites::loadMarkedForExport(settings_.primaryDatabase(), sources_(), environment_);
+    for (const Favourites::MarkedFavourite& favourite : favourites.value_or(std::vector<Favourites::MarkedFavourite>{})) {
+        cycleFavourites_[favourite.favID] = favourite.favourite;
+        marked.append({favourite.favID, favourite.number});
     }
     return marked;
 }
 
 bool GraphEngine::redraw()
 {
-    return refresh();
+    return graph_.refresh();
+}
+
+void GraphEngine::showOnScreen()
+{
+    cycleFavourites_.clear();
+    redrawPicture();
 }
 
 void GraphEngine::exportPicture(int number)

@@ -7,6 +7,7 @@
 #include <QMetaType>
 
 #include <functional>
+#include <map>
 #include <memory>
 
 // What the window shows of the history graph: its set-up, what was drawn
@@ -61,15 +62,20 @@ public:
     // The button's picture: wgraph0.gif of the graph as it is.
     void exportCurrentPicture() { exportPicture(0); }
 
-    // CycleGraph
+    // CycleGraph. The favourites to export are read all at once, in one
+    // opening of the database; each is drawn once, for its picture, and the
+    // window's picture is drawn when the cycle is done.
     void moveToToday(const QDate& today) override;
     QList<PictureFavourite> exportFavourites() override;
     bool loadFavourite(qint32 favID) override;
     bool redraw() override;
     void exportPicture(int number) override;
+    void showOnScreen() override;
 
 private:
     GraphColours screenColours() const;
+    // Reads favourite `favID` from the database and applies it.
+    bool readFavourite(qint32 favID);
 
     const SettingsModel& settings_;
     const Environment& environment_;
@@ -79,4 +85,5 @@ private:
     QSize viewSize_;
     qreal viewScale_ = 1;
     std::shared_ptr<const GraphPicture> viewPicture_;
+    std::map<qint32, Favourite> cycleFavourites_;  // read by exportFavourites for the cycle's pictures
 };

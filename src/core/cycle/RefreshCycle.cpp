@@ -109,15 +109,17 @@ void RefreshCycle::updateGraph(const QDate& today)
         for (const PictureFavourite& favourite : graph_.exportFavourites()) {
             graph_.loadFavourite(favourite.favID);
             if (!graph_.redraw())
-                return;
+                break;
             graph_.exportPicture(favourite.number);
         }
+        graph_.showOnScreen();
         return;
     }
     // Without pictures a cycle that logged nothing redraws one minute later,
     // by running again.
     if (settings_.autoDatabase() || skipRedraw_) {
         graph_.redraw();
+        graph_.showOnScreen();
         skipRedraw_ = false;
     } else {
         skipRedraw_ = true;

@@ -45,10 +45,12 @@ public:
     // The favourites whose pictures are exported each cycle, in list order.
     virtual QList<PictureFavourite> exportFavourites() = 0;
     virtual bool loadFavourite(qint32 favID) = 0;
-    // Draws the graph again; false when it could not.
+    // Reads the graph again; false when it could not. Nothing is drawn yet.
     virtual bool redraw() = 0;
-    // Exports the graph's picture as wgraph<number>.gif.
+    // Draws the graph's picture and exports it as wgraph<number>.gif.
     virtual void exportPicture(int number) = 0;
+    // Draws the graph for the window, once the cycle is done with it.
+    virtual void showOnScreen() = 0;
 };
 
 // A graph that does nothing and never fails: for a program without one.
@@ -59,6 +61,7 @@ public:
     bool loadFavourite(qint32) override { return true; }
     bool redraw() override { return true; }
     void exportPicture(int) override {}
+    void showOnScreen() override {}
 };
 
 // Passes a message on unless the same message was passed on since the last

@@ -8,6 +8,7 @@
 #include <QHash>
 
 #include <algorithm>
+#include <functional>
 
 namespace Favourites {
 
@@ -73,21 +74,18 @@ struct TraceRow {
     TraceEntry entry;
 };
 
-mdb::Result<Favourite> loadRows(const QString& databasePath, qint32 favID,
-                                const std::vector<std::shared_ptr<WeatherSource>>& sources,
-                                const Environment& environment)
+// The favourite `favID` from an open database.
+mdb::Result<Favourite> loadFrom(DatabaseSession& session, qint32 favID,
+                                const std::vector<std::shared_ptr<WeatherSource>>& sources)
 {
-    auto session = DatabaseSession::open(databasePath, DatabaseSession::Access::Read, environment);
-    if (!session)
-        return session.error();
-    auto favourites = (*session)->table("Favorites", {"FavID", "DayOnly", "DateRange"});
-    auto traces = NimbrelSchema::table(**session, "Traces");
-    auto sourceTable = (*session)->table("Sources", {"SourceID", "SourceName"});
+    auto favourites = session.table("Favorites", {"FavID", "DayOnly", "DateRange"});
+    auto traces = NimbrelSchema::table(session, "Traces");
+    auto sourceTable = session.table("Sources", {"SourceID", "SourceName"});
     for (const auto* table : {&favourites, &traces, &sourceTable}) {
         if (!*table)
             return table->error();
     }
-    auto favouriteRows = (*session)->rowsWhere(*favourites, {{"FavID", favID}});
+    auto favouriteRows = session.rowsWhere(*favourites, {{"FavID", favID}});
     if (!favouriteRows)
         return favouriteRows.error();
     Favourite favourite;
@@ -97,14 +95,14 @@ mdb::Result<Favourite> loadRows(const QString& databasePath, qint32 favID,
     favourite.dateRange = favourites->value(favouriteRows->front(), "DateRange").toInt();
 
     QHash<qint32, QString> sourceNames;
-    mdb::Status scanned = (*session)->scan(*sourceTable, [&](const mdb::Row& row) {
+    mdb::Status scanned = session.scan(*sourceTable, [&](const mdb::Row& row) {
         sourceNames.insert(sourceTable->value(row, "SourceID").toInt(), sourceTable->value(row, "SourceName").toString());
         return true;
     });
     if (!scanned)
         return scanned.error();
 
-    auto traceRows = (*session)->rowsWhere(*traces, {{"FavID", favID}});
+    auto traceRows = session.rowsWhere(*traces, {{"FavID", favID}});
     if (!traceRows)
         return traceRows.error();
     std::vector<TraceRow> ordered;
@@ -137,6 +135,51 @@ mdb::Result<Favourite> loadRows(const QString& databasePath, qint32 favID,
     return favourite;
 }
 
+// Every favourite marked for export, numbered by its place among all.
+mdb::Result<std::vector<MarkedFavourite>> loadMarked(DatabaseSession& session,
+                                                     const std::vector<std::shared_ptr<WeatherSource>>& sources)
+{
+    auto table = session.table("Favorites", {"FavID", "Export"});
+    if (!table)
+        return table.error();
+    std::vector<std::pair<qint32, bool>> all;  // key, marked
+    mdb::Status scanned = session.scan(*table, [&](const mdb::Row& row) {
+        const QVariant key = table->value(row, "FavID");
+        if (!key.isNull())
+            all.emplace_back(key.toInt(), table->value(row, "Export").toBool());
+        return true;
+    }, {"FavID", "Export"});
+    if (!scanned)
+        return scanned.error();
+    std::stable_sort(all.begin(), all.end(), [](const auto& a, const auto& b) { return a.first < b.first; });
+    std::vector<MarkedFavourite> marked;
+    for (std::size_t number = 0; number < all.size(); ++number) {
+        if (!all[number].second)
+            continue;
+        auto favourite = loadFrom(session, all[number].first, sources);
+        if (!favourite)
+            return favourite.error();
+        marked.push_back({all[number].first, int(number), std::move(*favourite)});
+    }
+    return marked;
+}
+
+template <typename Loaded>
+std::optional<Loaded> readReported(const QString& databasePath, const Environment& environment,
+                                   const std::function<mdb::Result<Loaded>(DatabaseSession&)>& read)
+{
+    if (databasePath.isEmpty())
+        return std::nullopt;
+    BusyScope busy(environment.busy);
+    auto session = DatabaseSession::open(databasePath, DatabaseSession::Access::Read, environment);
+    mdb::Result<Loaded> loaded = session ? read(**session) : mdb::Result<Loaded>(session.error());
+    if (!loaded) {
+        report(environment, "Load Fav Error: ", loaded.error());
+        return std::nullopt;
+    }
+    return std::move(*loaded);
+}
+
 }  // namespace
 
 qint32 save(const QString& databasePath, const QString& name, const Favourite& favourite,
@@ -157,15 +200,16 @@ std::optional<Favourite> load(const QString& databasePath, qint32 favID,
                               const std::vector<std::shared_ptr<WeatherSource>>& sources,
                               const Environment& environment)
 {
-    if (databasePath.isEmpty())
-        return std::nullopt;
-    BusyScope busy(environment.busy);
-    auto loaded = loadRows(databasePath, favID, sources, environment);
-    if (!loaded) {
-        report(environment, "Load Fav Error: ", loaded.error());
-        return std::nullopt;
-    }
-    return *loaded;
+    return readReported<Favourite>(databasePath, environment,
+                                   [&](DatabaseSession& session) { return loadFrom(session, favID, sources); });
+}
+
+std::optional<std::vector<MarkedFavourite>> loadMarkedForExport(
+    const QString& databasePath, const std::vector<std::shared_ptr<WeatherSource>>& sources,
+    const Environment& environment)
+{
+    return readReported<std::vector<MarkedFavourite>>(
+        databasePath, environment, [&](DatabaseSession& session) { return loadMarked(session, sources); });
 }
 
 std::optional<QChar> unstorableCharacter(const QString& name)

@@ -38,6 +38,21 @@ std::optional<Favourite> load(const QString& databasePath, qint32 favID,
                               const std::vector<std::shared_ptr<WeatherSource>>& sources,
                               const Environment& environment);
 
+// A favourite whose picture each cycle exports, with the number of its
+// picture file (its position among all favourites in FavID order, from 0).
+struct MarkedFavourite {
+    qint32 favID = 0;
+    int number = 0;
+    Favourite favourite;
+};
+
+// Every favourite marked for picture export, in FavID order, read as load()
+// reads one, all in one opening of the file. Nothing on failure (reported
+// as "Load Fav Error: ") or with no database set.
+std::optional<std::vector<MarkedFavourite>> loadMarkedForExport(
+    const QString& databasePath, const std::vector<std::shared_ptr<WeatherSource>>& sources,
+    const Environment& environment);
+
 // The first character a favourite's name cannot hold, or nothing. Names are
 // kept in an index of the database whose order knows the letters of Western
 // European languages, digits, blanks and the usual signs (the characters up
