@@ -13,6 +13,7 @@
 #include <QLabel>
 #include <QPlainTextEdit>
 #include <QPushButton>
+#include <QSignalBlocker>
 #include <QVBoxLayout>
 
 namespace {
@@ -39,7 +40,8 @@ DayDiaryDialog::DayDiaryDialog(const SettingsModel& settings, DatabaseService& d
     date_->setObjectName("diaryDatePicker");
     date_->setCalendarPopup(true);
     date_->setDisplayFormat("dd-MMM-yyyy");
-    connect(date_, &QDateEdit::dateChanged, this, &DayDiaryDialog::loadEntry);
+    date_->setKeyboardTracking(false);  // a day typed counts once it is typed whole
+    connect(date_, &QDateEdit::dateChanged, this, &DayDiaryDialog::dayChosen);
     QPushButton* back = button("<", "previousDayButton", this);
     back->setToolTip(tr("One day back"));
     connect(back, &QPushButton::clicked, this, [this] { date_->setDate(date_->date().addDays(-1)); });
@@ -92,7 +94,7 @@ void DayDiaryDialog::showDay(const QDate& day)
     if (date_->date() == day)
         loadEntry();
     else
-        date_->setDate(day);  // loads through dateChanged
+        date_->setDate(day);  // loads through dayChosen
 }
 
 QDate DayDiaryDialog::day() const
@@ -132,8 +134,23 @@ void DayDiaryDialog::edited()
         save_->setEnabled(true);
 }
 
+void DayDiaryDialog::dayChosen(const QDate& day)
+{
+    if (day == shownDay_)
+        return;
+    if (hasUnsavedChanges()
+        && !database_.environment().boxes.askOkCancel(QApplication::applicationDisplayName(),
+                                                      tr("You have not saved this entry, OK to go to another day?"))) {
+        const QSignalBlocker quiet(date_);
+        date_->setDate(shownDay_);  // the edited day stays
+        return;
+    }
+    loadEntry();
+}
+
 void DayDiaryDialog::loadEntry()
 {
+    shownDay_ = date_->date();
     clearEntry();
     save_->setEnabled(false);
     const QString path = settings_.primaryDatabase();
@@ -180,5 +197,6 @@ void DayDiaryDialog::reject()
         && !database_.environment().boxes.askOkCancel(QApplication::applicationDisplayName(),
                                                       tr("You have not saved this entry, OK to Close?")))
         return;
+    save_->setEnabled(false);  // the edits are given up
     QDialog::reject();
 }

@@ -18,9 +18,10 @@ class SettingsModel;
 // kept in the Primary database's DayDiary table.
 //
 // The Save button's enabled state is the dialog's only "unsaved" mark: any
-// edit enables it, a successful save or a newly shown day disables it. Moving
-// to another day drops unsaved edits without asking; Close (the button, the
-// window's close box or Escape) asks first. Reading and saving run on the
+// edit enables it, a successful save or a newly shown day disables it.
+// Going to another day (the day buttons, the date picker) and Close (the
+// button, the window's close box or Escape) ask first when something is
+// unsaved. Reading and saving run on the
 // worker thread; a failed save is reported by the diary ("Database Error: ")
 // and leaves the Save button enabled.
 class DayDiaryDialog final : public QDialog {
@@ -43,6 +44,9 @@ signals:
     void databaseWorkDone();
 
 private:
+    // The picker shows another day: leaves the day shown, when nothing
+    // unsaved stands in the way, and reads the new one.
+    void dayChosen(const QDate& day);
     void loadEntry();
     void saveEntry();
     void clearEntry();
@@ -57,4 +61,5 @@ private:
     QPushButton* save_ = nullptr;
     bool filling_ = false;
     unsigned loadGeneration_ = 0;  // which read the form waits for
+    QDate shownDay_;               // the day whose entry the form holds
 };

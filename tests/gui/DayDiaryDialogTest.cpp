@@ -130,13 +130,36 @@ private slots:
         run->find<QPushButton>("closeButton")->click();
         QVERIFY(!run->dialog->isVisible());
         QVERIFY(DayDiary::load(run->database, kDay, run->environment)->isEmpty());  // closed without saving
+        QVERIFY2(!run->dialog->hasUnsavedChanges(), "the edits were given up");
+    }
 
-        // Another day drops unsaved edits without asking.
-        run->dialog->show();
+    // Going to another day asks first, as closing does: the text typed is
+    // never thrown away without a word.
+    void leavingAnEditedDayAsksFirst()
+    {
+        auto run = open({{kDay.addDays(1), {"Hail at noon", false, false, true, false}}});
+        QTest::keyClicks(run->find<QPlainTextEdit>("commentaryEdit"), "Rain all morning");
+        run->boxes.answer(false);
         run->find<QPushButton>("nextDayButton")->click();
         run->settle();
-        QVERIFY(run->text().isEmpty());
+        QCOMPARE(run->boxes.boxes().back().text, QString("You have not saved this entry, OK to go to another day?"));
+        QCOMPARE(run->dialog->day(), kDay);
+        QCOMPARE(run->text(), QString("Rain all morning"));
+
+        run->find<QDateEdit>("diaryDatePicker")->setDate(kDay.addDays(-3));  // the picker, as a user picks
+        run->settle();
+        QCOMPARE(run->dialog->day(), kDay);
         QCOMPARE(run->boxes.boxes().size(), size_t(2));
+
+        run->boxes.answer(true);
+        run->find<QPushButton>("nextDayButton")->click();
+        run->settle();
+        QCOMPARE(run->dialog->day(), kDay.addDays(1));
+        QCOMPARE(run->text(), QString("Hail at noon"));
+        run->find<QPushButton>("previousDayButton")->click();  // nothing unsaved: no question
+        run->settle();
+        QCOMPARE(run->boxes.boxes().size(), size_t(3));
+        QVERIFY(run->text().isEmpty());
     }
 
     void aFailedSaveIsReportedAndStaysUnsaved()
