@@ -165,9 +165,11 @@ Status addSystemTables(DatabaseWriter& writer)
                               true);
 }
 
-Status writeNewFile(FileSystem& files, const std::string& path, const std::vector<uint8_t>& bytes)
+// Writes the new file under a temporary name beside `path` and renames it
+// into place once it is complete.
+Status writeThrough(FileSystem& files, const std::string& temporary, const std::string& path,
+                    const std::vector<uint8_t>& bytes)
 {
-    const std::string temporary = path + ".nimbrel-new";
     if (files.exists(temporary)) {
         if (Status removed = files.remove(temporary); !removed)
             return removed;
@@ -186,6 +188,24 @@ Status writeNewFile(FileSystem& files, const std::string& path, const std::vecto
     if (!written)
         (void)files.remove(temporary);
     return written;
+}
+
+// An error met on the temporary file, told of the database it was to become:
+// the temporary file is this engine's business, not the user's.
+Status namingTheDatabase(Status status, const std::string& temporary, const std::string& path)
+{
+    if (status)
+        return status;
+    std::string message = status.error().message;
+    for (std::size_t at = message.find(temporary); at != std::string::npos; at = message.find(temporary, at + path.size()))
+        message.replace(at, temporary.size(), path);
+    return Error{status.error().kind, message};
+}
+
+Status writeNewFile(FileSystem& files, const std::string& path, const std::vector<uint8_t>& bytes)
+{
+    const std::string temporary = path + ".nimbrel-new";
+    return namingTheDatabase(writeThrough(files, temporary, path, bytes), temporary, path);
 }
 
 }  // namespace

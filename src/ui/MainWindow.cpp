@@ -79,7 +79,8 @@ MainWindow::MainWindow(SettingsModel& settings, const Environment& environment, 
     database_->moveToThread(&workerThread_);
     connect(&workerThread_, &QThread::finished, database_, &QObject::deleteLater);
     connect(database_, &DatabaseService::listsLoaded, this, &MainWindow::showLists);
-    connect(worker_, &CycleWorker::readingShown, this, &MainWindow::showReading);
+    connect(worker_, &CycleWorker::readingShown, this, [this](const WeatherReading& reading) { showReading(reading); });
+    connect(worker_, &CycleWorker::loggingProblemChanged, this, &MainWindow::showLoggingProblem);
     connect(worker_, &CycleWorker::trayStateChanged, this, &MainWindow::setTrayIcon);
     connect(timing_, &QTimer::timeout, this, [this] { worker_->requestTick(); });
     graph_ = new GraphController(worker_, environment_, tools_.choosers, this);
@@ -259,6 +260,8 @@ void MainWindow::currentSourceChosen()
     worker_->setPanelSource(chosen.isValid() ? std::optional<qint32>(chosen.toInt()) : std::nullopt);
     if (chosen.isValid())
         QMetaObject::invokeMethod(worker_, &CycleWorker::showPanelSource, Qt::QueuedConnection);
+    else
+        showReading(std::nullopt);  // no source: no reading of one to show
 }
 
 void MainWindow::exportTestSource()
@@ -271,11 +274,26 @@ void MainWindow::exportTestSource()
     QMetaObject::invokeMethod(worker_, [this, sourceID] { worker_->exportSource(sourceID); }, Qt::QueuedConnection);
 }
 
-void MainWindow::showReading(const WeatherReading& reading)
+void MainWindow::showReading(const std::optional<WeatherReading>& reading)
 {
-    conditions_.showReading(reading);
+    conditions_ = CurrentConditions();
+    if (reading)
+        conditions_.showReading(*reading);
     panel_->display(conditions_);
     statusPanels_->display(conditions_);
+}
+
+void MainWindow::showLoggingProblem(const QString& problem)
+{
+    loggingProblem_ = problem;
+    statusPanels_->showLoggingProblem(problem);
+    if (tray_)
+        tray_->setToolTip(trayToolTip());
+}
+
+QString MainWindow::trayToolTip() const
+{
+    return loggingProblem_.isEmpty() ? QStringLiteral("Nimbrel!") : QStringLiteral("Nimbrel!\n") + loggingProblem_;
 }
 
 void MainWindow::showTrayIcon(bool show)
@@ -300,7 +318,7 @@ void MainWindow::showTrayIcon(bool show)
     tray_->addMenuItem("-", "");
     tray_->addMenuItem(tr("Exit"), "close");
     tray_->setMenuChecked("pause", false);
-    tray_->setToolTip("Nimbrel!");
+    tray_->setToolTip(trayToolTip());
     tray_->setState(TrayState::Idle);
     connect(tray_, &TrayIcon::menuClicked, this, &MainWindow::trayMenuClick);
     connect(tray_, &TrayIcon::doubleClicked, this, &MainWindow::showFromTray);

@@ -72,7 +72,11 @@ private:
     void fillSourceLists(const QList<SourceLists::ListEntry>& sources);
     void currentSourceChosen();
     void exportTestSource();
-    void showReading(const WeatherReading& reading);
+    // The panel and the status bar show the reading, or nothing.
+    void showReading(const std::optional<WeatherReading>& reading);
+    void showLoggingProblem(const QString& problem);
+    // "Nimbrel!", with why readings are not logged when they are not.
+    QString trayToolTip() const;
     void showNotes();
     void showAbout();
     void showPreferences();
@@ -98,4 +102,5 @@ private:
     PreferencesDialog* preferences_ = nullptr;  // made at first use, then kept
     DayDiaryDialog* diary_ = nullptr;
     bool paused_ = false;  // the tray's Pause is ticked
+    QString loggingProblem_;  // why readings are not logged; empty while they are
 };

@@ -22,7 +22,9 @@ class RecordingView final : public CycleView {
 public:
     void setTrayState(TrayState state) override { states.push_back(int(state)); }
     void showReading(const WeatherReading& reading) override { shown.push_back(reading); }
+    void showLoggingProblem(const QString& problem) override { problems << problem; }
     std::vector<int> states;
+    QStringList problems;
     std::vector<WeatherReading> shown;
 };
 
@@ -229,6 +231,30 @@ TEST_F(RefreshCycleTest, TheMinutesReadingOfAMissingFileIsReportedOncePerCycle)
     runUntil(QDateTime(kStart.date(), QTime(10, 29, 55)), false);
     // Read every minute, told at the first minute and after each of the two due times.
     EXPECT_EQ(errors.messages().size(), 3);
+}
+
+// Whenever readings stop reaching the database the view is told why, and
+// told again when they reach it once more.
+TEST_F(RefreshCycleTest, ALoggingStopIsShownUntilItWorksAgain)
+{
+    settings.setAutoDatabase(true);
+    settings.setDatabase("");
+    cycle.start({}, kStart);
+    EXPECT_EQ(view.problems, QStringList{"Nothing is logged: no Primary Weather Database is set"});
+
+    settings.setDatabase(path);
+    startCycle();
+    EXPECT_EQ(view.problems.last(),
+              "Nothing is logged: the Primary Weather Database has no sources, or they could not be read");
+
+    addSource(0, 0, stationFile, 1);
+    startCycle();
+    runUntil(QDateTime(kStart.date(), QTime(10, 10)), false);  // the station file is missing
+    EXPECT_EQ(view.problems.last(), "Not logged at 10:10: the file of Station 0 could not be read");
+    runUntil(QDateTime(kStart.date(), QTime(10, 20)));
+    EXPECT_EQ(view.problems.last(), "");
+    EXPECT_EQ(view.problems.size(), 5) << "told on changes only: " << view.problems.join("|").toStdString();
+    EXPECT_EQ(errors.messages().size(), 1) << "the read error itself, once";
 }
 
 TEST_F(RefreshCycleTest, GraphAloneRedrawsOneMinuteAfterItsDueTime)

@@ -129,6 +129,8 @@ private slots:
     }
 
     // Every status bar panel shows its whole text, however narrow the window.
+    // A panel is never cut short: those that fit are shown, whole, the time
+    // and the temperature first.
     void statusPanelsShowTheirWholeText()
     {
         QMainWindow window;
@@ -143,14 +145,64 @@ private slots:
         w.setWindDirection("NNW");
         conditions.showReading(w);
         status.display(conditions);
-        QTest::qWait(50);
-        for (const QString& key : CurrentConditions::panelKeys()) {
-            auto* text = namedChild<QLabel>(&window, key + "Text");
-            const int shown = text->visibleRegion().boundingRect().width();
-            QVERIFY2(shown >= text->fontMetrics().horizontalAdvance(text->text()),
-                     qPrintable(key + ": " + text->text() + QString(" shown in %1 pixels").arg(shown)));
+        for (const int width : {600, 1400}) {
+            window.resize(width, 300);
+            QTest::qWait(50);
+            QStringList shown;
+            for (const QString& key : CurrentConditions::panelKeys()) {
+                auto* text = namedChild<QLabel>(&window, key + "Text");
+                if (!text->isVisibleTo(&window))
+                    continue;
+                shown << key;
+                const int room = text->visibleRegion().boundingRect().width();
+                QVERIFY2(room >= text->fontMetrics().horizontalAdvance(text->text()),
+                         qPrintable(key + ": " + text->text() + QString(" shown in %1 pixels").arg(room)));
+            }
+            QVERIFY(shown.contains("time") && shown.contains("tempout"));
+            QVERIFY(width < 1000 || shown.size() == 7);
+            if (width == 600)
+                saveGrab(&window, "status-panels-narrow.png");
         }
-        saveGrab(&window, "status-panels-narrow.png");
+    }
+
+    void theWindowShrinksTo800Pixels()
+    {
+        auto run = start();
+        run->window->resize(800, 600);
+        QTest::qWait(100);
+        QCOMPARE(run->window->width(), 800);
+        saveGrab(run->window.get(), "main-window-800.png");
+    }
+
+    // Logging that stops for any reason is said in the status bar and the
+    // tray's tooltip until readings are logged again.
+    void aStopOfLoggingIsShownInTheStatusBarAndTheTray()
+    {
+        auto run = start();
+        auto* warning = namedChild<QLabel>(run->window.get(), "loggingProblemLabel");
+        QVERIFY(!warning->isVisibleTo(run->window.get()));
+        namedChild<QAction>(run->window.get(), "preferencesAction")->trigger();
+        auto* dialog = namedChild<PreferencesDialog>(run->window.get(), "preferencesDialog");
+        QTRY_VERIFY(!namedChild<QLineEdit>(dialog, "sourceNameEdit")->text().isEmpty());
+        auto* primary = namedChild<QLineEdit>(dialog, "primaryDatabaseEdit");
+        const QString moved = run->folder.file("moved away.mdb");
+        primary->setText(moved);
+        namedChild<QPushButton>(dialog, "okButton")->click();
+        QTRY_VERIFY(warning->isVisibleTo(run->window.get()));
+        QCOMPARE(warning->text(),
+                 QString("Nothing is logged: the Primary Weather Database has no sources, or they could not be read"));
+        QCOMPARE(run->window->tray()->icon()->toolTip(), "Nimbrel!\n" + warning->text());
+        QVERIFY2(run->window->conditions().label(1).isEmpty(), "no source, so no reading of one");
+        QVERIFY(run->errors.messages().join("|").contains("moved away.mdb"));
+        run->window->statusBar()->clearMessage();
+        saveGrab(run->window.get(), "logging-stopped.png");
+
+        namedChild<QAction>(run->window.get(), "preferencesAction")->trigger();
+        primary->setText(run->demo.databasePath());
+        namedChild<QPushButton>(dialog, "okButton")->click();
+        QTRY_VERIFY(!warning->isVisibleTo(run->window.get()));
+        QCOMPARE(run->window->tray()->icon()->toolTip(), QString("Nimbrel!"));
+        run->errors.messages();
     }
 
     void firstRunGreetsAndLeavesTheListsEmpty()
@@ -179,8 +231,9 @@ private slots:
 
         namedChild<QAction>(run->window.get(), "preferencesAction")->trigger();
         auto* dialog = namedChild<PreferencesDialog>(run->window.get(), "preferencesDialog");
-        const QString database = run->folder.file("My Weather.mdb");
-        run->choosers.files = {run->folder.file("My Weather")};
+        // A folder that does not exist yet, as the README's walk names it.
+        const QString database = run->folder.file("Weather/My Weather.mdb");
+        run->choosers.files = {run->folder.file("Weather/My Weather")};
         namedChild<QPushButton>(dialog, "newDatabaseButton")->click();
         QTRY_COMPARE(namedChild<QLineEdit>(dialog, "primaryDatabaseEdit")->text(), database);
         namedChild<QPushButton>(dialog, "newSourceButton")->click();

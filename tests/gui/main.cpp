@@ -32,7 +32,7 @@ int main(int argc, char** argv)
     std::vector<char*> rest{argv[0]};
     rest.insert(rest.end(), argv + 2, argv + argc);
     setTestFailureHandler([](const QString& message) {
-        QTest::qFail(qPrintable(message), __FILE__, __LINE__);
+        QTest::qFail(qPrintable(QString(message).replace("\r\n", " | ")), __FILE__, __LINE__);
     });
     const std::unique_ptr<QObject> test = found->second();
     return QTest::qExec(test.get(), int(rest.size()), rest.data());

@@ -131,3 +131,18 @@ TEST_F(WriteSafety, EmptyingAnIndexReleasesItsPages)
     EXPECT_TRUE(problems.empty()) << problems.front();
     EXPECT_EQ(MdbTools::count(path, "Words"), 4000);
 }
+
+// A new database is written under a temporary name and renamed into place
+// when complete; a failure on the way names the database, not the
+// temporary file, and leaves nothing behind.
+TEST(NewDatabases, AFailureNamesTheDatabaseAndLeavesNoFile)
+{
+    MemoryFileSystem files;
+    files.failWriteAt(1);
+    const Status created = createDatabase(files, "/weather/My Weather.mdb", nullptr);
+    ASSERT_FALSE(created);
+    EXPECT_NE(created.error().message.find("/weather/My Weather.mdb"), std::string::npos) << created.error().message;
+    EXPECT_EQ(created.error().message.find("nimbrel-new"), std::string::npos) << created.error().message;
+    EXPECT_FALSE(files.exists("/weather/My Weather.mdb"));
+    EXPECT_FALSE(files.exists("/weather/My Weather.mdb.nimbrel-new"));
+}

@@ -53,6 +53,8 @@ public slots:
 signals:
     void trayStateChanged(TrayState state);
     void readingShown(const WeatherReading& reading);
+    // Why readings are not logged; empty once they are again.
+    void loggingProblemChanged(const QString& problem);
     void started();
     void graphShown(const GraphUpdate& update);
     // 0 when nothing was saved.
@@ -62,6 +64,7 @@ signals:
 private:
     void setTrayState(TrayState state) override { emit trayStateChanged(state); }
     void showReading(const WeatherReading& reading) override { emit readingShown(reading); }
+    void showLoggingProblem(const QString& problem) override { emit loggingProblemChanged(problem); }
 
     const Environment& environment_;
     GraphEngine graph_;

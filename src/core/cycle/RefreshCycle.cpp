@@ -2,6 +2,8 @@
 
 #include "core/settings/SettingsModel.h"
 
+#include <algorithm>
+
 RefreshCycle::RefreshCycle(const SettingsModel& settings, const Environment& environment, CycleView& view,
                            CycleGraph& graph)
     : settings_(settings),
@@ -30,6 +32,29 @@ void RefreshCycle::start(std::vector<std::shared_ptr<WeatherSource>> sources, co
     nextDue_ = nextDueAfter(now, settings_.cycleMinutes());
     countdown_ = 0;  // the first tick makes the once-a-minute pass at once
     skipRedraw_ = false;
+    // What stops every reading is told at once, not at the first cycle.
+    if (settings_.autoDatabase())
+        setLoggingProblem(loggingBlocked());
+}
+
+QString RefreshCycle::loggingBlocked() const
+{
+    if (settings_.primaryDatabase().isEmpty())
+        return QStringLiteral("Nothing is logged: no Primary Weather Database is set");
+    if (sources_.empty())
+        return QStringLiteral("Nothing is logged: the Primary Weather Database has no sources, or they could not be "
+                              "read");
+    if (std::all_of(sources_.begin(), sources_.end(), [](const auto& source) { return source->logMultiple() == 0; }))
+        return QStringLiteral("Nothing is logged: every source's Log Cycle Multipler is 0 (off)");
+    return {};
+}
+
+void RefreshCycle::setLoggingProblem(const QString& problem)
+{
+    if (loggingProblem_ == problem)
+        return;
+    loggingProblem_ = problem;
+    view_.showLoggingProblem(problem);
 }
 
 void RefreshCycle::setPanelSource(std::optional<qint32> sourceID)
@@ -78,25 +103,37 @@ bool RefreshCycle::exportSource(qint32 sourceID)
     return exporter_.exportRSS(*source);
 }
 
-void RefreshCycle::logAllSources()
+QString RefreshCycle::logAllSources(const QDateTime& now)
 {
     const bool exporting = settings_.autoExport() && !settings_.rssFile().isEmpty();
+    QStringList failed;
     for (const auto& source : sources_) {
         source->setLogCounter(source->logCounter() - 1);
         if (source->logCounter() >= 1)
             continue;
         // A failed read leaves the counter as it is: the source is tried again next cycle.
-        if (!source->refresh())
+        if (!source->refresh()) {
+            failed << QStringLiteral("the file of %1 could not be read").arg(source->sourceName());
             continue;
+        }
         // A station file's reading belongs to the cycle's slot, so that a
         // cycle repeated in the same slot finds its row already logged.
         if (source->sourceKind() == SourceKind::StationFile)
             source->reading().setReadDate(nextDue_);
-        logger_.logReading(settings_.primaryDatabase(), source->sourceID(), source->reading());
+        if (logger_.log(settings_.primaryDatabase(), source->sourceID(), source->reading()) ==
+            ReadingLogger::Outcome::Failed)
+            failed << QStringLiteral("the reading of %1 could not be written to the database").arg(source->sourceName());
         if (exporting)
             exporter_.exportRSS(*source);
         source->setLogCounter(source->logMultiple());
     }
+    if (const QString blocked = loggingBlocked(); !blocked.isEmpty())
+        return blocked;
+    if (failed.isEmpty())
+        return {};
+    return QStringLiteral("Not logged at %1: %2%3")
+        .arg(now.toString(QStringLiteral("HH:mm")), failed.first(),
+             failed.size() > 1 ? QStringLiteral(" (and %1 more)").arg(failed.size() - 1) : QString());
 }
 
 void RefreshCycle::updateGraph(const QDate& today)
@@ -140,7 +177,9 @@ void RefreshCycle::tick(const QDateTime& now)
         panelErrors_.newCycle();
         if (settings_.autoDatabase()) {
             view_.setTrayState(TrayState::RunningCycle);
-            logAllSources();
+            setLoggingProblem(logAllSources(now));
+        } else {
+            setLoggingProblem({});  // logging is switched off: nothing to warn of
         }
         if (settings_.autoGraph())
             updateGraph(now.date());

@@ -26,6 +26,9 @@ public:
     virtual void setTrayState(TrayState state) = 0;
     // The panel's source has just been read: show its reading.
     virtual void showReading(const WeatherReading& reading) = 0;
+    // Why readings are not logged, in words for the user; empty once they are
+    // logged again (or when logging is switched off).
+    virtual void showLoggingProblem(const QString& problem) = 0;
 };
 
 // A favourite whose picture each cycle exports, with the number of its
@@ -129,9 +132,15 @@ public:
 
 private:
     WeatherSource* findSource(qint32 sourceID) const;
+    // What keeps every reading out of the database whatever the files
+    // hold (no database, no sources, every source switched off); empty when
+    // nothing does.
+    QString loggingBlocked() const;
+    void setLoggingProblem(const QString& problem);
     // Reads the panel's source, if one is chosen; true when a reading was shown.
     bool refreshPanel(bool showTrayState);
-    void logAllSources();
+    // Logs every due source; says what failed, in words, or nothing.
+    QString logAllSources(const QDateTime& now);
     // The graph steps: the graph moved on to today and redrawn, its pictures exported.
     void updateGraph(const QDate& today);
 
@@ -145,6 +154,7 @@ private:
     QDateTime nextDue_;
     int countdown_ = 0;
     bool skipRedraw_ = false;
+    std::optional<QString> loggingProblem_;  // as last shown
     mutable QMutex panelMutex_;
     std::optional<qint32> panelSource_;
 };

@@ -2,6 +2,9 @@
 
 #include "mdb/DatabaseCreator.h"
 
+#include <QDir>
+#include <QFileInfo>
+
 #include <map>
 
 namespace NimbrelSchema {
@@ -76,6 +79,9 @@ mdb::Status createTables(mdb::DatabaseWriter& writer)
 
 mdb::Status createDatabase(const std::string& path)
 {
+    const QString folder = QFileInfo(QString::fromStdString(path)).absolutePath();
+    if (!QDir().mkpath(folder))
+        return mdb::ioError("cannot make the folder " + folder.toStdString() + " for " + path);
     return mdb::createDatabase(path, createTables);
 }
 

@@ -17,7 +17,8 @@ const std::vector<std::string>& tableNames();
 // Adds the five tables with their indexes.
 mdb::Status createTables(mdb::DatabaseWriter& writer);
 
-// Makes a new database file holding the five tables; refuses an existing file.
+// Makes a new database file holding the five tables, and the folders it
+// lies in when they are missing; refuses an existing file.
 mdb::Status createDatabase(const std::string& path);
 
 // One of the five tables in an open database, checked to hold every column

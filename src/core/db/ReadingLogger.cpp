@@ -56,14 +56,14 @@ std::vector<ColumnValue> ReadingLogger::historyRow(const WeatherReading& reading
 // Looks for the source's row of the same minute through the History index
 // and, when there is none, inserts the reading's row with typed values (a
 // quote in the wind direction is stored as it is).
-bool ReadingLogger::logReading(const QString& databasePath, qint32 sourceID, const WeatherReading& reading)
+ReadingLogger::Outcome ReadingLogger::log(const QString& databasePath, qint32 sourceID, const WeatherReading& reading)
 {
     if (databasePath.isEmpty())
-        return false;
+        return Outcome::NoDatabase;
     BusyScope busy(environment_.busy);
     auto fail = [this](const mdb::Error& error) {
         environment_.errors.report("\r\nDatabase Write Error: " + QString::fromStdString(error.message));
-        return false;
+        return Outcome::Failed;
     };
 
     auto session = DatabaseSession::open(databasePath, DatabaseSession::Access::Write, environment_);
@@ -78,11 +78,11 @@ bool ReadingLogger::logReading(const QString& databasePath, qint32 sourceID, con
     if (!existing)
         return fail(existing.error());
     if (!existing->empty())
-        return false;
+        return Outcome::AlreadyLogged;
 
     if (auto inserted = (*session)->insert(*history, historyRow(reading, sourceID)); !inserted)
         return fail(inserted.error());
     if (mdb::Status committed = (*session)->commit(); !committed)
         return fail(committed.error());
-    return true;
+    return Outcome::Written;
 }

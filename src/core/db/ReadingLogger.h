@@ -12,13 +12,20 @@ class WeatherReading;
 // each reading and closed again.
 class ReadingLogger {
 public:
+    enum class Outcome { Written, AlreadyLogged, NoDatabase, Failed };
+
     explicit ReadingLogger(const Environment& environment) : environment_(environment) {}
 
-    // True when a new row was written into `databasePath` for `sourceID`.
-    // False when the path is empty (nothing else happens), when the row
-    // already existed, and after a failure, which is reported as "Database
-    // Write Error: " through the error routine. The reading is never changed.
-    bool logReading(const QString& databasePath, qint32 sourceID, const WeatherReading& reading);
+    // Writes the reading into `databasePath` for `sourceID` unless that
+    // source has a row for its minute. Nothing happens for an empty path. A
+    // failure is reported as "Database Write Error: " through the error
+    // routine. The reading is never changed.
+    Outcome log(const QString& databasePath, qint32 sourceID, const WeatherReading& reading);
+    // True when a new row was written (log() gave Written).
+    bool logReading(const QString& databasePath, qint32 sourceID, const WeatherReading& reading)
+    {
+        return log(databasePath, sourceID, reading) == Outcome::Written;
+    }
 
     // The History row of a reading, stamped with its minute (the zero date
     // for a reading that never had a time).
