@@ -2,16 +2,19 @@
 
 #include "ui/Choosers.h"
 #include "core/cycle/DatabaseService.h"
+#include "core/db/ColumnValues.h"
 #include "core/db/NimbrelSchema.h"
 #include "core/errors/ErrorReporter.h"
 #include "core/errors/MessageBoxes.h"
 #include "core/settings/SettingsModel.h"
 #include "core/sources/SourceLists.h"
-#include "core/text/NumberText.h"
 
 #include <QApplication>
 #include <QCheckBox>
 #include <QComboBox>
+#include <QDoubleValidator>
+#include <QFileInfo>
+#include <QIntValidator>
 #include <QFormLayout>
 #include <QGridLayout>
 #include <QGroupBox>
@@ -24,13 +27,15 @@
 #include <QTabWidget>
 #include <QVBoxLayout>
 
-#include <cmath>
 #include <limits>
 
 namespace {
 
 const char* const kScaleNames[] = {"barometer", "temperature", "humidity", "windSpeed", "rainfall"};
 const char* const kScaleCaptions[] = {"Barometer", "Temperature", "Humidity", "Wind Speed", "Rainfall"};
+// What an axis bound of each scale group may be: hPa, degrees, percent, knots, mm.
+const double kScaleLimits[][2] = {{0, 2000}, {-100, 100}, {0, 100}, {0, 500}, {0, 10000}};
+constexpr int kLargestLogMultiple = 9999;
 
 const QString kSourceFileFilter = QStringLiteral("Data File|currdat.lst;*.txt;*.xml|All Files|*.*");
 const QString kImportFileFilter = QStringLiteral("History Data File (eg. history.txt)|*.txt|All Files|*.*");
@@ -40,16 +45,33 @@ const QString kExportFileFilter = QStringLiteral("RSS Data File|*.txt;*.xml|All 
 const QString kDatabaseFilter = QStringLiteral("Weather Database (eg. *.mdb)|*.mdb");
 const QString kTemplateFilter = QStringLiteral("RSS Template File (*.txt;*.xml)|*.txt;*.xml");
 
-// A whole number typed into a box, by the leading-number rule, rounded half
-// to even and kept within the 32-bit range.
-qint32 wholeNumber(const QString& text)
+// A box that takes only numbers from `bottom` to `top`, "." as the decimal
+// point whatever the language; the range is in its tooltip.
+void acceptNumbers(QLineEdit* box, double bottom, double top, int decimals)
 {
-    const double value = std::nearbyint(NumberText::leadingNumber(text));
-    if (value > std::numeric_limits<qint32>::max())
-        return std::numeric_limits<qint32>::max();
-    if (value < std::numeric_limits<qint32>::min())
-        return std::numeric_limits<qint32>::min();
-    return qint32(value);
+    QLocale plain = QLocale::c();
+    plain.setNumberOptions(QLocale::RejectGroupSeparator);
+    QValidator* validator = nullptr;
+    if (decimals == 0) {
+        validator = new QIntValidator(int(bottom), int(top), box);
+    } else {
+        auto* numbers = new QDoubleValidator(bottom, top, decimals, box);
+        numbers->setNotation(QDoubleValidator::StandardNotation);
+        validator = numbers;
+    }
+    validator->setLocale(plain);
+    box->setValidator(validator);
+    box->setToolTip(QObject::tr("A number from %1 to %2").arg(bottom).arg(top, 0, 'f', 0));
+}
+
+// Whether a number box holds a number in its range; otherwise why not, naming it.
+QString numberProblem(const QLineEdit* box, const QString& name)
+{
+    if (box->text().trimmed().isEmpty())
+        return QObject::tr("Fill in %1").arg(name);
+    if (!box->hasAcceptableInput())
+        return QObject::tr("%1 must be %2").arg(name, box->toolTip().replace("A number", "a number"));
+    return {};
 }
 
 QLabel* hint(const QString& text, QWidget* parent)
@@ -185,6 +207,7 @@ QWidget* PreferencesDialog::buildSourcesTab()
 QWidget* PreferencesDialog::buildSourceBrowser(QWidget* page)
 {
     auto* frame = new QGroupBox(tr("Source"), page);
+    sourceFrame_ = frame;
     sourceNumberLabel_ = new QLabel(frame);
     sourceNumberLabel_->setObjectName("sourceNumberLabel");
     previousSource_ = button("<", "previousSourceButton", frame);
@@ -206,7 +229,9 @@ QWidget* PreferencesDialog::buildSourceBrowser(QWidget* page)
     logMultiple_ = edit("logMultipleEdit", frame);
     importFile_ = edit("importFileEdit", frame);
     exportFile_ = edit("exportFileEdit", frame);
-    for (QLineEdit* box : {sourceDatabase_, logMultiple_, sourceFile_, sourceName_, importFile_, exportFile_})
+    acceptNumbers(dataId_, 0, std::numeric_limits<qint32>::max(), 0);
+    acceptNumbers(logMultiple_, 0, kLargestLogMultiple, 0);
+    for (QLineEdit* box : {sourceDatabase_, logMultiple_, sourceFile_, sourceName_, importFile_, exportFile_, dataId_})
         connect(box, &QLineEdit::textEdited, this, [this] { saveSource_->setEnabled(true); });
 
     QPushButton* pickSource = button("...", "pickSourceFileButton", frame);
@@ -269,6 +294,8 @@ QWidget* PreferencesDialog::buildGraphTab()
         auto* maximum = edit(QString(kScaleNames[group]) + "MaximumEdit", frame);
         minimum->setMinimumWidth(70);
         maximum->setMinimumWidth(70);
+        for (QLineEdit* bound : {minimum, maximum})
+            acceptNumbers(bound, kScaleLimits[group][0], kScaleLimits[group][1], 3);
         axes_[2 * group] = minimum;
         axes_[2 * group + 1] = maximum;
         auto* pair = new QFormLayout(frame);
@@ -446,6 +473,14 @@ void PreferencesDialog::load()
 
 void PreferencesDialog::primaryDatabaseChanged()
 {
+    // Only a database file has sources and favourites to show: a folder or a
+    // name not made yet shows none, without an error for each list.
+    if (!QFileInfo(primaryDatabase_->text()).isFile()) {
+        favourites_->clear();
+        setSourceNumber(0);
+        showBlankSource();
+        return;
+    }
     fillFavourites();
     const auto blankIfNone = [this](bool found) {
         if (!found)
@@ -494,12 +529,19 @@ void PreferencesDialog::applyToSettings()
 bool PreferencesDialog::validate()
 {
     QString message;
-    // Rainfall (the last pair) may run either way: it is not checked.
-    for (int group = 0; group < Preferences::kScaleGroups - 1; ++group) {
-        const double minimum = NumberText::leadingNumber(axes_[2 * group]->text());
-        const double maximum = NumberText::leadingNumber(axes_[2 * group + 1]->text());
-        if (minimum >= maximum)
-            message += tr(kScaleCaptions[group]) + tr(" Minimum is greater than or equal to Maximum") + "\r\n";
+    for (int group = 0; group < Preferences::kScaleGroups; ++group) {
+        QStringList problems;
+        for (const int bound : {0, 1}) {
+            const QString name = tr(kScaleCaptions[group]) + (bound == 0 ? tr(" Min") : tr(" Max"));
+            if (const QString problem = numberProblem(axes_[2 * group + bound], name); !problem.isEmpty())
+                problems << problem;
+        }
+        // Rainfall (the last pair) may run either way: it is not checked.
+        if (problems.isEmpty() && group < Preferences::kScaleGroups - 1 &&
+            axes_[2 * group]->text().toDouble() >= axes_[2 * group + 1]->text().toDouble())
+            problems << tr(kScaleCaptions[group]) + tr(" Minimum is greater than or equal to Maximum");
+        for (const QString& problem : problems)
+            message += problem + "\r\n";
     }
     if (graphicFolder_->text().endsWith(u'\\'))
         graphicFolder_->setText(graphicFolder_->text().chopped(1));
@@ -513,6 +555,14 @@ void PreferencesDialog::accept()
 {
     if (!validate())
         return;
+    if (const QString primary = primaryDatabase_->text(); QFileInfo(primary).isDir()) {
+        context_.environment.boxes.show(tr("Invalid settings"),
+                                        tr("The Primary Weather Database must be a database file, but %1 is a folder. "
+                                           "Pick a database in it with \"...\", or make one with \"New...\".")
+                                            .arg(primary),
+                                        MessageBoxes::Icon::Exclamation);
+        return;
+    }
     applyToSettings();
     QString error;
     if (!context_.settings.save(context_.store, error)) {
@@ -618,13 +668,27 @@ void PreferencesDialog::showBlankSource()
     stationFile_->setChecked(true);
 }
 
+template <typename Result>
+void PreferencesDialog::requestSourceWork(std::function<Result()> work, std::function<void(const Result&)> done)
+{
+    // The source's fields and buttons wait for the answer: typed into, or
+    // saved under the number shown, they could lose what the user typed.
+    ++pendingSourceWork_;
+    sourceFrame_->setEnabled(false);
+    context_.database.request<Result>(this, std::move(work), [this, done = std::move(done)](const Result& result) {
+        if (--pendingSourceWork_ == 0)
+            sourceFrame_->setEnabled(true);
+        done(result);
+        emit databaseWorkDone();
+    });
+}
+
 void PreferencesDialog::showSource(int number, std::function<void(bool)> done)
 {
     const QString path = primaryDatabase_->text();
     const Environment& environment = context_.environment;
     using Found = std::shared_ptr<WeatherSource>;
-    context_.database.request<Found>(
-        this,
+    requestSourceWork<Found>(
         [path, number, &environment]() -> Found {
             auto source = std::make_shared<WeatherSource>(environment);
             return source->load(path, number) ? source : nullptr;
@@ -636,7 +700,6 @@ void PreferencesDialog::showSource(int number, std::function<void(bool)> done)
                 setSourceNumber(number);  // the caption at least, on an empty table
             if (done)
                 done(source != nullptr);
-            emit databaseWorkDone();
         });
 }
 
@@ -657,8 +720,7 @@ void PreferencesDialog::newSource()
     const QString path = primaryDatabase_->text();
     const Environment& environment = context_.environment;
     const int first = sourceNumber_;
-    context_.database.request<int>(
-        this,
+    requestSourceWork<int>(
         [path, first, &environment] {
             WeatherSource probe(environment);
             int number = first;
@@ -669,7 +731,6 @@ void PreferencesDialog::newSource()
         [this](const int& number) {
             dataId_->setText(QString::number(number));
             setSourceNumber(number);
-            emit databaseWorkDone();
         });
 }
 
@@ -681,6 +742,13 @@ void PreferencesDialog::saveSource()
         sourceName_->setFocus();
         return;
     }
+    for (const auto& [box, name] : {std::pair{dataId_, tr("Data Source ID")}, {logMultiple_, tr("Log Cycle Multipler")}}) {
+        if (const QString problem = numberProblem(box, name); !problem.isEmpty()) {
+            boxes.show(tr("Saving new source"), problem, MessageBoxes::Icon::Exclamation);
+            box->setFocus();
+            return;
+        }
+    }
     if (sourceFile_->text().isEmpty()) {
         boxes.show(tr("Saving new source"), tr("Warning, you have not set the input source"),
                    MessageBoxes::Icon::Exclamation);
@@ -690,29 +758,42 @@ void PreferencesDialog::saveSource()
     source->setSourceName(sourceName_->text());
     source->setSourceFileName(sourceFile_->text());
     source->setSourceDatabase(sourceDatabase_->text());
-    source->setDataID(wholeNumber(dataId_->text()));
+    source->setDataID(dataId_->text().toInt());
     source->setImportFileName(importFile_->text());
     source->setExportFileName(exportFile_->text());
-    source->setLogMultiple(wholeNumber(logMultiple_->text()));
+    source->setLogMultiple(logMultiple_->text().toInt());
     source->setSourceKind(stationFile_->isChecked() ? SourceKind::StationFile : SourceKind::Feed);
 
     const QString path = primaryDatabase_->text();
     const int number = sourceNumber_;
-    using Saved = std::optional<int>;
-    context_.database.request<Saved>(
-        this,
-        [source, path, number]() -> Saved {
+    const Environment& environment = context_.environment;
+    requestSourceWork<SourceSaved>(
+        [source, path, number, &environment] {
+            // Sources are told apart by name (remote collection matches them
+            // so): another source's name is refused.
+            for (const SourceLists::ListEntry& other : SourceLists::sourceList(path, environment)) {
+                if (other.key != number && ColumnValues::equal(other.name.toStdString(), source->sourceName().toStdString()))
+                    return SourceSaved{std::nullopt, other};
+            }
             qint32 key = number;
-            return source->save(path, key) ? Saved(key) : std::nullopt;
+            return source->save(path, key) ? SourceSaved{key, {}} : SourceSaved{};
         },
-        [this](const Saved& key) {
-            if (key) {
+        [this](const SourceSaved& saved) {
+            if (saved.nameTakenBy) {
+                context_.environment.boxes.show(
+                    tr("Saving new source"),
+                    tr("Source No.%1 is already named %2. Each source needs a name of its own: remote collection "
+                       "tells sources apart by their names.")
+                        .arg(saved.nameTakenBy->key)
+                        .arg(saved.nameTakenBy->name),
+                    MessageBoxes::Icon::Exclamation);
+                sourceName_->setFocus();
+            } else if (saved.key) {
                 // A new source gets the next free key, which may differ from
                 // the number offered: show the one it has.
-                setSourceNumber(*key);
+                setSourceNumber(*saved.key);
                 saveSource_->setEnabled(false);
             }
-            emit databaseWorkDone();
         });
 }
 

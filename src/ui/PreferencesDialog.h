@@ -1,5 +1,6 @@
 #pragma once
 
+#include "core/sources/SourceLists.h"
 #include "core/sources/WeatherSource.h"
 
 #include <QDialog>
@@ -8,6 +9,7 @@
 
 #include <array>
 #include <functional>
+#include <optional>
 
 class Choosers;
 class DatabaseService;
@@ -95,6 +97,14 @@ private:
     void showBlankSource();
     void showSourceFields(const WeatherSource& source, int number);
     void step(int direction);
+    // Runs source work on the worker with the source's fields held until its answer.
+    template <typename Result>
+    void requestSourceWork(std::function<Result()> work, std::function<void(const Result&)> done);
+    // What saving a source came to: its key, or the source whose name it has.
+    struct SourceSaved {
+        std::optional<qint32> key;
+        std::optional<SourceLists::ListEntry> nameTakenBy;
+    };
     void newSource();
     void saveSource();
     void setSourceNumber(int number);
@@ -107,6 +117,7 @@ private:
 
     PreferencesContext context_;
     int sourceNumber_ = 0;
+    int pendingSourceWork_ = 0;  // source requests not yet answered
     bool filling_ = false;
 
     std::array<QLineEdit*, 10> axes_{};
@@ -141,6 +152,7 @@ private:
     QLabel* screenSample_ = nullptr;
     QLabel* exportSample_ = nullptr;
     QListWidget* favourites_ = nullptr;
+    QWidget* sourceFrame_ = nullptr;  // the source's number, buttons and fields
     QPushButton* previousSource_ = nullptr;
     QPushButton* saveSource_ = nullptr;
 };

@@ -19,6 +19,7 @@
 #include <QListWidget>
 #include <QPushButton>
 #include <QRadioButton>
+#include <QSemaphore>
 #include <QSettings>
 #include <QTabWidget>
 #include <QtTest>
@@ -199,6 +200,112 @@ private slots:
         QCOMPARE(saved.dataID(), 2);
         QCOMPARE(saved.logMultiple(), 3);
         QCOMPARE(saved.sourceKind(), SourceKind::Feed);
+        QVERIFY(run->errors.empty());
+    }
+
+    // A slow or locked database keeps "New" waiting: meanwhile nothing can
+    // be typed or saved, so the answer can neither clear what was typed nor
+    // let it be saved over the source still shown.
+    void aNewSourceWaitsForItsNumberBeforeAnythingIsTyped()
+    {
+        auto run = open({0, 1, 3});
+        QSemaphore gate;
+        run->worker.service->request<bool>(run->dialog.get(), [&gate] { gate.acquire(); return true; }, [](const bool&) {});
+        run->click("newSourceButton");
+        for (const char* name : {"newSourceButton", "saveSourceButton", "previousSourceButton", "nextSourceButton"})
+            QVERIFY2(!run->find<QPushButton>(name)->isEnabled(), name);
+        QTest::keyClicks(run->edit("sourceNameEdit"), "Back Garden");
+        run->click("saveSourceButton");
+        gate.release();
+        run->settle();
+        QCOMPARE(run->sourceCaption(), QString("Source No.2"));
+        QVERIFY(run->edit("sourceNameEdit")->text().isEmpty());
+        QTest::keyClicks(run->edit("sourceNameEdit"), "Back Garden");
+        run->click("saveSourceButton");
+        run->settle();
+        WeatherSource first(run->environment);
+        QVERIFY(first.load(run->database, 0));
+        QCOMPARE(first.sourceName(), QString("Station 0"));
+        WeatherSource added(run->environment);
+        QVERIFY(added.load(run->database, 4));
+        QCOMPARE(added.sourceName(), QString("Back Garden"));
+    }
+
+    // Number boxes take numbers only (a deliberate difference from taking
+    // the leading number of any text); an empty one is refused by name.
+    void numberBoxesTakeOnlyNumbers()
+    {
+        auto run = open({0});
+        run->edit("dataIdEdit")->clear();
+        QTest::keyClicks(run->edit("dataIdEdit"), "x1");
+        QCOMPARE(run->edit("dataIdEdit")->text(), QString("1"));
+        run->edit("logMultipleEdit")->clear();
+        QTest::keyClicks(run->edit("logMultipleEdit"), "abc");
+        QCOMPARE(run->edit("logMultipleEdit")->text(), QString());
+        run->click("saveSourceButton");
+        QCOMPARE(run->boxTexts().last(), QString("Saving new source: Fill in Log Cycle Multipler"));
+        QVERIFY(run->edit("logMultipleEdit")->toolTip().contains("0 to 9999"));
+
+        run->edit("barometerMinimumEdit")->clear();
+        QTest::keyClicks(run->edit("barometerMinimumEdit"), "abc");
+        QCOMPARE(run->edit("barometerMinimumEdit")->text(), QString());
+        run->edit("temperatureMaximumEdit")->setText("hot");  // as a hand-edited settings file may hold
+        run->click("okButton");
+        QCOMPARE(run->boxTexts().last(), QString("Invalid settings: Fill in Barometer Min\r\n"
+                                                 "Temperature Max must be a number from -100 to 100\r\n"));
+        QVERIFY(run->dialog->isVisible());
+        WeatherSource stored(run->environment);
+        QVERIFY(stored.load(run->database, 0));
+        QCOMPARE(stored.logMultiple(), 1);
+        QVERIFY(run->errors.empty());
+    }
+
+    // Sources are told apart by name: a name another source has is refused.
+    void aNameAnotherSourceHasIsRefused()
+    {
+        auto run = open({0, 1});
+        run->click("newSourceButton");
+        run->settle();
+        QTest::keyClicks(run->edit("sourceNameEdit"), "station 1 ");
+        QTest::keyClicks(run->edit("sourceFileEdit"), "/srv/other/currdat.lst");
+        run->click("saveSourceButton");
+        run->settle();
+        QCOMPARE(run->boxTexts().last(), QString("Saving new source: Source No.1 is already named Station 1. Each source "
+                                                 "needs a name of its own: remote collection tells sources apart by "
+                                                 "their names."));
+        QCOMPARE(SourceLists::sourceList(run->database, run->environment).size(), 2);
+        QVERIFY2(run->find<QPushButton>("saveSourceButton")->isEnabled(), "still unsaved");
+
+        run->click("previousSourceButton");  // a source keeps its own name when saved again
+        run->settle();
+        run->click("nextSourceButton");
+        run->settle();
+        QCOMPARE(run->edit("sourceNameEdit")->text(), QString("Station 1"));
+        QTest::keyClicks(run->edit("sourceFileEdit"), "x");
+        run->click("saveSourceButton");
+        run->settle();
+        QVERIFY(!run->find<QPushButton>("saveSourceButton")->isEnabled());
+        QVERIFY(run->errors.empty());
+    }
+
+    // A folder is no database: typing one asks nothing of it, and OK refuses
+    // it with one message.
+    void aFolderIsRefusedAsThePrimaryDatabase()
+    {
+        auto run = open({0});
+        auto* primary = run->edit("primaryDatabaseEdit");
+        primary->setFocus();
+        primary->selectAll();
+        QTest::keyClicks(primary, run->folder.path());
+        QTest::keyClick(primary, Qt::Key_Tab);
+        run->settle();
+        QVERIFY(run->boxes.boxes().empty());
+        run->click("okButton");
+        QCOMPARE(run->boxes.boxes().size(), size_t(1));
+        QVERIFY(run->boxTexts().last().contains("is a folder"));
+        QVERIFY(run->dialog->isVisible());
+        run->store.sync();
+        QVERIFY(!QSettings(run->folder.file("settings.ini"), QSettings::IniFormat).contains("Data/Database"));
         QVERIFY(run->errors.empty());
     }
 
