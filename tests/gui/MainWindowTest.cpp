@@ -237,7 +237,8 @@ private slots:
         namedChild<QPushButton>(dialog, "newDatabaseButton")->click();
         QTRY_COMPARE(namedChild<QLineEdit>(dialog, "primaryDatabaseEdit")->text(), database);
         namedChild<QPushButton>(dialog, "newSourceButton")->click();
-        QTRY_COMPARE(namedChild<QLabel>(dialog, "sourceNumberLabel")->text(), QString("Source No.0"));
+        QTRY_VERIFY(namedChild<QLineEdit>(dialog, "sourceNameEdit")->isEnabled());  // the number has come
+        QCOMPARE(namedChild<QLabel>(dialog, "sourceNumberLabel")->text(), QString("Source No.0"));
         QTest::keyClicks(namedChild<QLineEdit>(dialog, "sourceNameEdit"), "Back Garden");
         run->choosers.files = {stationFile, database};
         namedChild<QPushButton>(dialog, "pickSourceFileButton")->click();
