@@ -159,7 +159,10 @@ QWidget* MainWindow::buildExportsTab()
     pictureRow->addStretch();
     auto* pictureLayout = new QVBoxLayout(picture);
     pictureLayout->addWidget(hint(tr("Saves the history graph as it is shown as a GIF picture for a web site, "
-                                     "as every cycle does for the favourites marked in the preferences."),
+                                     "as every cycle does for the favourites marked in the preferences. Each "
+                                     "cycle writes those as wgraphN.gif, N being the favourite's number from 0, "
+                                     "so when the first favourite is marked its picture replaces this "
+                                     "wgraph0.gif at the next cycle."),
                                   picture));
     pictureLayout->addLayout(pictureRow);
 
