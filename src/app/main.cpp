@@ -18,7 +18,9 @@
 #include <QTextStream>
 #include <QTimer>
 
+#include <algorithm>
 #include <memory>
+#include <optional>
 
 #include <malloc.h>
 
@@ -42,8 +44,8 @@ QStringList argumentList(int argc, char** argv)
     return arguments;
 }
 
-// Keeps the demo's station file fresh: rewritten as each minute begins.
-void simulateStation(const DemoStation& demo, const Clock& clock, ErrorReporter& errors, QObject* owner)
+// Keeps the demo's station file fresh: rewritten as each minute of `clock` begins.
+void simulateStation(const DemoStation& demo, const Clock& clock, double speed, ErrorReporter& errors, QObject* owner)
 {
     auto* timer = new QTimer(owner);
     auto lastMinute = std::make_shared<QDateTime>(clock.now());
@@ -56,15 +58,35 @@ void simulateStation(const DemoStation& demo, const Clock& clock, ErrorReporter&
         if (!StationSimulator::writeCurrentDataFile(demo.stationFile(), now, error))
             errors.report("\r\nDemo Station Error: " + error);
     });
-    timer->start(1000);
+    timer->start(std::max(10, int(1000 / speed)));
 }
 
-int runWindow(int argc, char** argv, bool demoMode)
+// The demo's clock speed from "--speed N" (taken out of the arguments): 1
+// without it; nothing, after saying why, for a speed that is not 1 to 600.
+std::optional<double> takeSpeed(QStringList& arguments)
+{
+    const qsizetype at = arguments.indexOf(QStringLiteral("--speed"));
+    if (at < 0)
+        return 1.0;
+    bool isNumber = false;
+    const int speed = arguments.value(at + 1).toInt(&isNumber);
+    arguments.remove(at, std::min<qsizetype>(2, arguments.size() - at));
+    if (!isNumber || speed < 1 || speed > 600) {
+        QTextStream(stderr) << "nimbrel: --speed takes a whole number from 1 to 600 (--demo --speed 60: "
+                               "a ten-minute mark every ten seconds)\n";
+        return std::nullopt;
+    }
+    return double(speed);
+}
+
+int runWindow(int argc, char** argv, bool demoMode, double speed)
 {
     QApplication app(argc, argv);
     QGuiApplication::setApplicationDisplayName(demoMode ? QStringLiteral("Nimbrel Demo") : QStringLiteral("Nimbrel"));
 
-    SystemClock clock;
+    const std::unique_ptr<Clock> clockOwned =
+        speed > 1 ? std::unique_ptr<Clock>(new FastClock(speed)) : std::unique_ptr<Clock>(new SystemClock);
+    const Clock& clock = *clockOwned;
     GuiMessageBoxes boxes;
     SmtpMailer mailer;
     SettingsModel settings;
@@ -91,7 +113,7 @@ int runWindow(int argc, char** argv, bool demoMode)
             return 1;
         }
         store = std::make_unique<QSettings>(demo.settingsPath(), QSettings::IniFormat);
-        simulateStation(demo, clock, errors, &app);
+        simulateStation(demo, clock, speed, errors, &app);
     } else {
         store = std::make_unique<QSettings>();
     }
@@ -101,6 +123,8 @@ int runWindow(int argc, char** argv, bool demoMode)
     MainWindow window(settings, environment, *store, WindowTools{choosers, [&errors] { return errors.sendTestMail(); }});
     QObject::connect(&instance, &SingleInstance::raiseRequested, &window, &MainWindow::showFromTray);
     boxes.setParentWindow(&window);
+    if (speed > 1)
+        window.runClockFaster(speed);
     window.show();
     window.startUp();
     return app.exec();
@@ -119,6 +143,12 @@ int main(int argc, char** argv)
     if (arguments.removeAll(QStringLiteral("--verify")) > 0)
         mdb::DatabaseWriter::verifyEveryCommit(true);
     const bool demoMode = arguments.removeAll(QStringLiteral("--demo")) > 0;
+    const std::optional<double> speed = takeSpeed(arguments);
+    if (!speed || (*speed > 1 && !demoMode)) {
+        if (speed)
+            QTextStream(stderr) << "nimbrel: --speed runs the demo's clock faster; give it with --demo\n";
+        return 2;
+    }
     if (!demoMode && CommandLine::isCommand(arguments)) {
         if (CommandLine::drawsPictures(arguments)) {
             qputenv("QT_QPA_PLATFORM", "offscreen");  // no window: no screen needed
@@ -130,5 +160,5 @@ int main(int argc, char** argv)
     }
     if (arguments.size() > 1)
         return CommandLine::refuse(arguments);
-    return runWindow(argc, argv, demoMode);
+    return runWindow(argc, argv, demoMode, *speed);
 }

@@ -15,6 +15,7 @@
 #include "core/errors/MessageBoxes.h"
 #include "core/settings/SettingsModel.h"
 #include "core/text/Clock.h"
+#include "core/text/DateText.h"
 
 #include <QApplication>
 #include <QCloseEvent>
@@ -367,6 +368,23 @@ void MainWindow::showFromTray()
         showNormal();
     raise();
     activateWindow();
+}
+
+void MainWindow::runClockFaster(double speed)
+{
+    timing_->setInterval(std::max(1, int(kTickMs / speed)));
+    auto* clock = new QLabel(this);
+    clock->setObjectName("fastClockLabel");
+    clock->setToolTip(tr("The demo's clock runs %1 times faster than the real one").arg(speed));
+    statusBar()->addPermanentWidget(clock);
+    auto* update = new QTimer(this);
+    const auto show = [this, clock, speed] {
+        clock->setText(tr("Clock \u00D7%1: %2").arg(speed).arg(
+            DateText::format(environment_.clock.now(), QStringLiteral("HH:mm dd-MMM"))));
+    };
+    connect(update, &QTimer::timeout, this, show);
+    show();
+    update->start(250);
 }
 
 void MainWindow::showNotes()

@@ -58,6 +58,11 @@ public:
     // Shows the window at its normal size (even when minimised) and in front.
     void showFromTray();
 
+    // The program's clock runs `speed` times faster than the real one (the
+    // demo's --speed): the timer ticks as often faster, and the status bar
+    // says so with the clock's time.
+    void runClockFaster(double speed);
+
 protected:
     void closeEvent(QCloseEvent* event) override;
 

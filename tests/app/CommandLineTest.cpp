@@ -8,6 +8,8 @@
 #include "support/TestSupport.h"
 
 #include <QFile>
+
+#include <algorithm>
 #include <QThread>
 
 #include <QProcess>
@@ -282,4 +284,51 @@ TEST(Program, ASecondStartWithTheSameSettingsLeavesTheFirstAlone)
     first.terminate();
     if (!first.waitForFinished(5000))
         first.kill();
+}
+
+// "--demo --speed 600" runs the demo's clock 600 times faster: a ten-minute
+// mark every second, each logging a reading and writing the feed and the
+// favourite's picture, so a day of cycles can be watched in minutes.
+TEST(Program, TheDemoAtSpeedLogsAtEveryMarkOfItsFastClock)
+{
+    TempFolder home;
+    QProcessEnvironment environment = QProcessEnvironment::systemEnvironment();
+    environment.insert("HOME", home.path());
+    environment.insert("XDG_DATA_HOME", home.file("data"));
+    environment.insert("XDG_CONFIG_HOME", home.file("config"));
+    environment.insert("QT_QPA_PLATFORM", "offscreen");
+    QProcess demo;
+    demo.setProcessEnvironment(environment);
+    const QDateTime started = QDateTime::currentDateTime();
+    demo.start(QStringLiteral(NIMBREL_PROGRAM), {"--demo", "--speed", "600"});
+    ASSERT_TRUE(demo.waitForStarted(5000));
+    const QString folder = home.file("data/Nimbrel/Demo");
+    for (int waited = 0; waited < 200 && !QFile::exists(folder + "/web/wgraph0.gif"); ++waited)
+        QThread::msleep(100);
+    QThread::msleep(4000);
+    demo.terminate();
+    if (!demo.waitForFinished(5000))
+        demo.kill();
+
+    EXPECT_TRUE(QFile::exists(folder + "/web/wgraph0.gif"));
+    EXPECT_TRUE(QFile::exists(folder + "/feed.xml"));
+    const MdbTools::Export history = MdbTools::exportTable((folder + "/Demo Weather.mdb").toStdString(), "History");
+    ASSERT_TRUE(history.ok) << history.error;
+    std::vector<QDateTime> ahead;  // readings stamped after the real clock's time
+    const std::size_t column = std::size_t(std::find(history.header.begin(), history.header.end(), "DateRead") -
+                                           history.header.begin());
+    for (const auto& row : history.rows) {
+        const QDateTime stamp = QDateTime::fromString(QString::fromStdString(row.at(column).value_or("")),
+                                                      "yyyy-MM-dd HH:mm:ss");
+        if (stamp > started.addSecs(20 * 60))
+            ahead.push_back(stamp);
+    }
+    EXPECT_GE(ahead.size(), 3u) << "cycles of the fast clock, each a reading";
+
+    QProcess slow;
+    slow.setProcessEnvironment(environment);
+    slow.start(QStringLiteral(NIMBREL_PROGRAM), {"--speed", "60"});
+    ASSERT_TRUE(slow.waitForFinished(15000));
+    EXPECT_EQ(slow.exitCode(), 2) << "the speed is the demo's";
+    EXPECT_TRUE(QString::fromUtf8(slow.readAllStandardError()).contains("give it with --demo"));
 }

@@ -499,8 +499,9 @@ TEST_F(RefreshCycleTest, EachExportedFavouriteIsDrawnOnceAndReadInOneOpening)
         const Favourite favourite{false, 2, {{0, 0, "Roof", history, 0, 1, false, 0}}};
         const qint32 favID = Favourites::save(path, name, favourite, environment);
         ASSERT_NE(favID, 0);
-        if (QString(name) != "Day")
+        if (QString(name) != "Day") {
             ASSERT_TRUE(SourceLists::setFavouriteExport(path, favID, true, environment));
+        }
     }
     settings.setAutoGraph(true);
     settings.setAutoPicture(true);
