@@ -1,5 +1,6 @@
 #include "mdb/DatabaseCreator.h"
 
+#include "mdb/ByteWriter.h"
 #include "mdb/DataPageEditor.h"
 #include "mdb/Header.h"
 
@@ -10,27 +11,13 @@ namespace mdb {
 
 namespace {
 
-constexpr uint32_t kSystemObjectFlag = 0x80000000;
 constexpr int32_t kRootContainerId = 0x0F000000;
-constexpr int32_t kTablesContainerId = 0x0F000001;
 constexpr int32_t kDatabasesContainerId = 0x0F000002;
 constexpr int32_t kRelationshipsContainerId = 0x0F000003;
 constexpr int32_t kDatabaseObjectId = 0x10000000;
 constexpr uint16_t kCodePage = 1252;
 constexpr uint32_t kSortOrder = 0x0409;
 constexpr std::size_t kCreationDateOffset = 0x72;
-
-void put16(std::vector<uint8_t>& bytes, std::size_t at, uint16_t value)
-{
-    bytes[at] = uint8_t(value);
-    bytes[at + 1] = uint8_t(value >> 8);
-}
-
-void put32(std::vector<uint8_t>& bytes, std::size_t at, uint32_t value)
-{
-    put16(bytes, at, uint16_t(value));
-    put16(bytes, at + 2, uint16_t(value >> 16));
-}
 
 // The header page (FORMAT.md "Header page"): signature, version, and in the
 // masked area the code page, no database key, an empty password, the sort
@@ -42,9 +29,10 @@ std::vector<uint8_t> headerPage(const Layout& layout, DateTime created)
     const char signature[] = "Standard Jet DB";
     std::memcpy(page.data() + 4, signature, sizeof signature);
     page[0x14] = 0x01;  // Jet 4
-    put16(page, layout.codePageOffset, kCodePage);
-    put32(page, layout.databaseKeyOffset, 0);
-    put32(page, layout.sortOrderOffset, kSortOrder);
+    ByteWriter fields(page);
+    fields.u16(layout.codePageOffset, kCodePage);
+    fields.u32(layout.databaseKeyOffset, 0);
+    fields.u32(layout.sortOrderOffset, kSortOrder);
     uint64_t bits;
     std::memcpy(&bits, &created.days, sizeof bits);
     for (int i = 0; i < 8; ++i)
@@ -120,11 +108,11 @@ Result<std::vector<uint8_t>> bootstrap(DateTime created)
         const char* name;
         int16_t type;
     } rows[] = {
-        {kTablesContainerId, kRootContainerId, "Tables", 3},
+        {int32_t(kTablesContainerId), kRootContainerId, "Tables", 3},
         {kDatabasesContainerId, kRootContainerId, "Databases", 3},
         {kRelationshipsContainerId, kRootContainerId, "Relationships", 3},
         {kDatabaseObjectId, kDatabasesContainerId, "MSysDb", 2},
-        {int32_t(kCatalogPage), kTablesContainerId, "MSysObjects", 1},
+        {int32_t(kCatalogPage), int32_t(kTablesContainerId), "MSysObjects", 1},
     };
     for (const auto& row : rows) {
         auto added = writer.append(catalogRow(*catalog, row.id, row.parent, row.name, row.type, created));

@@ -14,9 +14,7 @@ namespace mdb {
 
 namespace {
 
-constexpr uint32_t kTablesContainerId = 0x0F000001;
 constexpr int16_t kTableType = 1;
-constexpr uint32_t kSystemObjectFlag = 0x80000000;
 
 std::atomic<bool> verifyCommits{false};
 

@@ -1,5 +1,7 @@
 #include "mdb/DefinitionWriter.h"
 
+#include "mdb/ByteWriter.h"
+
 #include "mdb/Text.h"
 
 #include <algorithm>
@@ -157,12 +159,6 @@ void writeLogicalIndex(Writer& out, const Index& index)
     out.u32(0);
 }
 
-void put32(std::vector<uint8_t>& bytes, std::size_t at, uint32_t value)
-{
-    for (int i = 0; i < 4; ++i)
-        bytes[at + std::size_t(i)] = uint8_t(value >> (8 * i));
-}
-
 }  // namespace
 
 Result<std::vector<uint8_t>> buildDefinition(TableDefinition& table, const std::vector<ColumnSpec>& columns,
@@ -230,7 +226,7 @@ Result<std::vector<uint8_t>> buildDefinition(TableDefinition& table, const std::
         out.u32(maps.freePagesPointer);
     }
     out.u16(kNoColumn);
-    put32(out.bytes, 8, uint32_t(out.bytes.size()));
+    ByteWriter(out.bytes).u32(8, uint32_t(out.bytes.size()));
     table.length = out.bytes.size();
     return out.bytes;
 }
@@ -281,9 +277,10 @@ Result<std::vector<uint8_t>> addIndexToDefinition(const std::vector<uint8_t>& by
     result.insert(result.end(), indexName.bytes.begin(), indexName.bytes.end());
     const std::size_t oldLength = std::min<std::size_t>(view.u32(8), bytes.size());
     result.insert(result.end(), bytes.begin() + std::ptrdiff_t(namesEnd), bytes.begin() + std::ptrdiff_t(oldLength));
-    put32(result, layout.tdefIndexCountOffset, logicalCount + 1);
-    put32(result, layout.tdefRealIndexCountOffset, realCount + 1);
-    put32(result, 8, uint32_t(result.size()));
+    ByteWriter counts(result);
+    counts.u32(layout.tdefIndexCountOffset, logicalCount + 1);
+    counts.u32(layout.tdefRealIndexCountOffset, realCount + 1);
+    counts.u32(8, uint32_t(result.size()));
     return result;
 }
 
@@ -322,12 +319,11 @@ Status writeDefinition(Pager& pager, PageAllocator& allocator, uint32_t firstPag
         std::copy_n(bytes.begin() + std::ptrdiff_t(from), take, out.begin() + std::ptrdiff_t(skip));
         from += take;
         const std::size_t unused = pageSize - skip - take;
-        out[0] = kTableDefinitionPage;
-        out[1] = 0x01;
-        const uint16_t free = uint16_t(unused > kHeaderSize ? unused - kHeaderSize : 0);
-        out[2] = uint8_t(free);
-        out[3] = uint8_t(free >> 8);
-        put32(out, 4, i + 1 < chain.size() ? chain[i + 1] : 0);
+        ByteWriter header(out);
+        header.u8(0, kTableDefinitionPage);
+        header.u8(1, 0x01);
+        header.u16(2, uint16_t(unused > kHeaderSize ? unused - kHeaderSize : 0));
+        header.u32(4, i + 1 < chain.size() ? chain[i + 1] : 0);
     }
     return Status::success();
 }

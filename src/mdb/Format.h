@@ -26,6 +26,14 @@ constexpr uint32_t kGlobalMapPage = 1;  // its row 0 is the global usage map
 constexpr uint8_t kGlobalMapRow = 0;
 constexpr uint32_t kCatalogPage = 2;    // the definition of MSysObjects
 
+// "Catalog": rows of MSysObjects.
+constexpr uint32_t kTablesContainerId = 0x0F000001;  // the ParentId of every table
+constexpr uint32_t kSystemObjectFlag = 0x80000000;   // in Flags: a system table
+
+// "Rows": a row's column count, and each offset and length in its variable
+// table, take 2 bytes.
+constexpr std::size_t kRowCountSize = 2;
+
 // "Data pages": flags in a row offset table entry.
 constexpr uint16_t kRowDeletedFlag = 0x8000;
 constexpr uint16_t kRowOverflowFlag = 0x4000;

@@ -1,5 +1,7 @@
 #include "mdb/RowDecoder.h"
 
+#include "mdb/Format.h"
+
 #include "mdb/LongValue.h"
 #include "mdb/Text.h"
 
@@ -7,7 +9,6 @@ namespace mdb {
 
 namespace {
 
-constexpr std::size_t kCountSize = 2;  // Jet 4: column count, offsets and lengths take 2 bytes
 
 std::size_t fixedSize(const Column& column)
 {
@@ -55,21 +56,21 @@ Value decodeFixed(const Column& column, ByteView bytes)
 Result<RowDecoder::Frame> RowDecoder::frame(ByteView row) const
 {
     Frame frame;
-    if (row.size() < kCountSize)
+    if (row.size() < kRowCountSize)
         return corruption("row is " + std::to_string(row.size()) + " bytes, too short for its column count");
     frame.columnCount = row.u16(0);
     const std::size_t maskSize = (std::size_t(frame.columnCount) + 7) / 8;
-    if (row.size() < kCountSize + maskSize)
+    if (row.size() < kRowCountSize + maskSize)
         return corruption("row is too short for the null mask of its " + std::to_string(frame.columnCount) + " columns");
     const std::size_t maskStart = row.size() - maskSize;
     frame.nullMask = row.sub(maskStart, maskSize);
     if (table_.variableColumnCount == 0)
         return frame;
 
-    if (maskStart < 2 * kCountSize)
+    if (maskStart < 2 * kRowCountSize)
         return corruption("row is too short for its variable-value table");
-    const uint16_t variableCount = row.u16(maskStart - kCountSize);
-    const std::size_t tableBytes = (std::size_t(variableCount) + 2) * kCountSize;  // entries, end offset, count
+    const uint16_t variableCount = row.u16(maskStart - kRowCountSize);
+    const std::size_t tableBytes = (std::size_t(variableCount) + 2) * kRowCountSize;  // entries, end offset, count
     if (tableBytes > maskStart)
         return corruption("row's variable-value table (" + std::to_string(variableCount) + " entries) does not fit the row");
     frame.variableCount = variableCount;
@@ -90,7 +91,7 @@ bool RowDecoder::isPresent(const Frame& frame, const Column& column) const
 Result<Value> RowDecoder::fixedValue(ByteView row, const Column& column) const
 {
     const std::size_t size = fixedSize(column);
-    const std::size_t at = kCountSize + column.fixedOffset;
+    const std::size_t at = kRowCountSize + column.fixedOffset;
     if (!row.has(at, size))
         return corruption("column " + column.name + " lies past the end of the row");
     return decodeFixed(column, row.sub(at, size));
@@ -103,8 +104,8 @@ Result<Value> RowDecoder::variableValue(ByteView row, const Frame& frame, const 
     // Entry k lies 2(k + 2) bytes before the mask; the entry after the
     // last one is the end of the data, at the table's start.
     const std::size_t k = column.variableIndex;
-    const uint16_t start = row.u16(frame.maskStart - kCountSize * (k + 2));
-    const uint16_t end = k + 1 < frame.variableCount ? row.u16(frame.maskStart - kCountSize * (k + 3))
+    const uint16_t start = row.u16(frame.maskStart - kRowCountSize * (k + 2));
+    const uint16_t end = k + 1 < frame.variableCount ? row.u16(frame.maskStart - kRowCountSize * (k + 3))
                                                      : row.u16(frame.tableStart);
     if (start > end || end > frame.tableStart)
         return corruption("column " + column.name + ": the row's variable-value offsets are out of order or past its data");

@@ -1,5 +1,7 @@
 #include "mdb/RowEncoder.h"
 
+#include "mdb/Format.h"
+
 #include "mdb/Text.h"
 
 #include <algorithm>
@@ -9,7 +11,6 @@ namespace mdb {
 
 namespace {
 
-constexpr std::size_t kCountSize = 2;
 
 template <typename T>
 void appendLittle(std::vector<uint8_t>& out, T value)
@@ -159,7 +160,7 @@ Result<std::vector<uint8_t>> encodeRow(const TableDefinition& table, const std::
                      std::to_string(values.size()));
 
     const uint16_t columnCount = table.maxColumns;
-    std::vector<uint8_t> row(kCountSize + fixedPartSize(table), 0);
+    std::vector<uint8_t> row(kRowCountSize + fixedPartSize(table), 0);
     put16(row, 0, columnCount);
     std::vector<uint8_t> nullMask((columnCount + 7) / 8, 0);
     int variableSlots = 0;
@@ -190,7 +191,7 @@ Result<std::vector<uint8_t>> encodeRow(const TableDefinition& table, const std::
         } else if (column.isFixed()) {
             if (fixedSizeOf(column.type) > column.length)
                 return invalidArgument("table " + table.name + ": column " + column.name + " is too short for its type");
-            writeValue(row, kCountSize + column.fixedOffset, column, storedForm(column, value));
+            writeValue(row, kRowCountSize + column.fixedOffset, column, storedForm(column, value));
         } else if (const std::size_t size = fixedSizeOf(column.type)) {
             // A fixed-size value kept in the variable part.
             variable[column.variableIndex].resize(size);

@@ -1,5 +1,6 @@
 #include "ui/MainWindow.h"
 
+#include "ui/HintLabel.h"
 #include "ui/AboutDialog.h"
 #include "ui/ConditionsPanel.h"
 #include "ui/DayDiaryDialog.h"
@@ -42,14 +43,6 @@ QAction* addItem(QMenu* menu, const QString& caption, const QString& name, bool 
     item->setObjectName(name);
     item->setEnabled(enabled);
     return item;
-}
-
-QLabel* hint(const QString& text, QWidget* parent)
-{
-    auto* label = new QLabel(text, parent);
-    label->setWordWrap(true);
-    label->setForegroundRole(QPalette::PlaceholderText);
-    return label;
 }
 
 QAction* addToggle(QMenu* menu, const QString& caption, const QString& name)
@@ -145,7 +138,7 @@ QWidget* MainWindow::buildExportsTab()
     rssRow->addWidget(exportRss);
     rssRow->addStretch();
     auto* rssLayout = new QVBoxLayout(rss);
-    rssLayout->addWidget(hint(tr("Fills the feed template of the preferences with the source's latest reading "
+    rssLayout->addWidget(hintLabel(tr("Fills the feed template of the preferences with the source's latest reading "
                                  "and writes the source's export file, as every cycle does."),
                               rss));
     rssLayout->addLayout(rssRow);
@@ -159,7 +152,7 @@ QWidget* MainWindow::buildExportsTab()
     pictureRow->addWidget(exportPicture);
     pictureRow->addStretch();
     auto* pictureLayout = new QVBoxLayout(picture);
-    pictureLayout->addWidget(hint(tr("Saves the history graph as it is shown as a GIF picture for a web site, "
+    pictureLayout->addWidget(hintLabel(tr("Saves the history graph as it is shown as a GIF picture for a web site, "
                                      "as every cycle does for the favourites marked in the preferences. Each "
                                      "cycle writes those as wgraphN.gif, N being the favourite's number from 0, "
                                      "so when the first favourite is marked its picture replaces this "

@@ -1,5 +1,6 @@
 #include "ui/PreferencesDialog.h"
 
+#include "ui/HintLabel.h"
 #include "ui/Choosers.h"
 #include "core/cycle/DatabaseService.h"
 #include "core/db/ColumnValues.h"
@@ -72,14 +73,6 @@ QString numberProblem(const QLineEdit* box, const QString& name)
     if (!box->hasAcceptableInput())
         return QObject::tr("%1 must be %2").arg(name, box->toolTip().replace("A number", "a number"));
     return {};
-}
-
-QLabel* hint(const QString& text, QWidget* parent)
-{
-    auto* label = new QLabel(text, parent);
-    label->setWordWrap(true);
-    label->setForegroundRole(QPalette::PlaceholderText);
-    return label;
 }
 
 QCheckBox* check(const QString& caption, const QString& name, QWidget* parent)
@@ -272,7 +265,7 @@ QWidget* PreferencesDialog::buildSourceBrowser(QWidget* page)
     fields->addRow(tr("Weather Database"), row({sourceDatabase_, pickDatabase}));
     fields->addRow(tr("Data Source ID"), dataId_);
     fields->addRow(tr("Log Cycle Multipler"), logMultiple_);
-    fields->addRow(QString(), hint(tr(" (0 = off)  See Auto-Refresh tab for Cycle interval"), frame));
+    fields->addRow(QString(), hintLabel(tr(" (0 = off)  See Auto-Refresh tab for Cycle interval"), frame));
     fields->addRow(tr("Import Data File"), row({importFile_, pickImport, importData}));
     fields->addRow(tr("Export Data File"), row({exportFile_, pickExport}));
 
@@ -306,7 +299,7 @@ QWidget* PreferencesDialog::buildGraphTab()
     auto* bandLayout = new QVBoxLayout(bandwidths);
     bandLayout->addLayout(grid);
     bandLayout->addWidget(
-        hint(tr("Use these bandwidths to set the lower and upper X values for a graph with that data type."),
+        hintLabel(tr("Use these bandwidths to set the lower and upper X values for a graph with that data type."),
              bandwidths));
 
     auto* scheme = new QGroupBox(tr("Screen Colour Scheme"), page);
@@ -342,7 +335,7 @@ QWidget* PreferencesDialog::buildExportsTab()
 
     auto* files = new QFormLayout;
     files->addRow(tr("Export Graph GIF folder"), row({graphicFolder_, pickFolder}));
-    files->addRow(QString(), hint(tr("GIF files to. (eg. c:\\web\\images)"), page));
+    files->addRow(QString(), hintLabel(tr("GIF files to. (eg. c:\\web\\images)"), page));
     files->addRow(tr("Export RSS Template"), row({rssTemplate_, pickTemplate}));
 
     auto* scheme = new QGroupBox(tr("GIF File Colour Scheme"), page);
@@ -366,7 +359,7 @@ QWidget* PreferencesDialog::buildExportsTab()
     layout->addWidget(scheme);
     layout->addWidget(new QLabel(tr("Favourites exported as pictures"), page));
     layout->addWidget(favourites_);
-    layout->addWidget(hint(tr("files will be named wgraph#.gif where # is the Fav. Number (zero based)"), page));
+    layout->addWidget(hintLabel(tr("files will be named wgraph#.gif where # is the Fav. Number (zero based)"), page));
     return page;
 }
 

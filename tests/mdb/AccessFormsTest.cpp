@@ -26,7 +26,7 @@ namespace {
 using namespace mdb;
 namespace fs = std::filesystem;
 
-const std::string kPath = "/db/forms.mdb";
+const std::string kFormsPath = "/db/forms.mdb";
 
 std::vector<ColumnSpec> readingColumns()
 {
@@ -50,7 +50,7 @@ std::vector<Value> reading(int i)
 std::vector<uint8_t> readingsDatabase(int rows)
 {
     MemoryFileSystem files;
-    Status created = createDatabase(files, kPath, [rows](DatabaseWriter& writer) {
+    Status created = createDatabase(files, kFormsPath, [rows](DatabaseWriter& writer) {
         Status made = writer.createTable("Readings", readingColumns(), readingIndexes());
         for (int i = 0; made && i < rows; ++i) {
             auto row = writer.append("Readings", reading(i));
@@ -59,7 +59,7 @@ std::vector<uint8_t> readingsDatabase(int rows)
         return made;
     });
     EXPECT_TRUE(created) << created.error().message;
-    return files.content(kPath);
+    return files.content(kFormsPath);
 }
 
 std::vector<Row> rowsOf(Database& database)
@@ -89,9 +89,9 @@ TEST(EarlierEngineFiles, AreReadAndRewrittenInAccessFormByTheNextChange)
     std::vector<uint8_t> bytes = readingsDatabase(3000);
     toEarlierEngineForm(bytes);
     MemoryFileSystem files;
-    files.setContent(kPath, bytes);
+    files.setContent(kFormsPath, bytes);
 
-    auto earlier = Database::open(files, kPath, OpenMode::ReadOnly);
+    auto earlier = Database::open(files, kFormsPath, OpenMode::ReadOnly);
     ASSERT_TRUE(earlier) << earlier.error().message;
     EXPECT_TRUE((*earlier)->header().misalignedPasswordMask);
     const std::vector<Row> rows = rowsOf(**earlier);
@@ -107,13 +107,13 @@ TEST(EarlierEngineFiles, AreReadAndRewrittenInAccessFormByTheNextChange)
     earlier->reset();
 
     {
-        auto database = Database::open(files, kPath, OpenMode::ReadWrite);
+        auto database = Database::open(files, kFormsPath, OpenMode::ReadWrite);
         DatabaseWriter writer(**database);
         ASSERT_TRUE(writer.append("Readings", reading(3000)));
         Status committed = writer.commit();
         ASSERT_TRUE(committed) << committed.error().message;
     }
-    auto rewritten = Database::open(files, kPath, OpenMode::ReadOnly);
+    auto rewritten = Database::open(files, kFormsPath, OpenMode::ReadOnly);
     ASSERT_TRUE(rewritten);
     EXPECT_FALSE((*rewritten)->header().misalignedPasswordMask);
     for (IndexPageForm form : treeForms(**rewritten))
@@ -140,11 +140,11 @@ TEST(TextKeys, EveryPrintableNameIsStoredAndFoundThroughItsIndex)
     names.push_back(u"Stra\u00DFe 12, \u00C9tage \u00BD");
 
     MemoryFileSystem files;
-    ASSERT_TRUE(createDatabase(files, kPath, [](DatabaseWriter& writer) {
+    ASSERT_TRUE(createDatabase(files, kFormsPath, [](DatabaseWriter& writer) {
         return writer.createTable("Favorites", {{"FavID", ColumnType::Long, 0, true}, {"FavName", ColumnType::Text, 50}},
                                   {{"FavName", {"FavName"}}});
     }));
-    auto database = Database::open(files, kPath, OpenMode::ReadWrite);
+    auto database = Database::open(files, kFormsPath, OpenMode::ReadWrite);
     DatabaseWriter writer(**database);
     std::map<RowPointer, std::u16string> stored;
     for (const std::u16string& name : names) {
@@ -165,7 +165,7 @@ TEST(TextKeys, EveryPrintableNameIsStoredAndFoundThroughItsIndex)
         EXPECT_TRUE(foundItself) << utf16ToUtf8(name);
     }
 
-    const std::vector<uint8_t> committed = files.content(kPath);
+    const std::vector<uint8_t> committed = files.content(kFormsPath);
     for (const char* refused : {"Rain \xE2\x82\xAC", "\xE2\x80\x9CQuoted\xE2\x80\x9D", "Last \xE2\x80\x93 week"}) {
         auto row = writer.append("Favorites", {Null{}, std::string(refused)});
         ASSERT_FALSE(row) << refused;
@@ -173,7 +173,7 @@ TEST(TextKeys, EveryPrintableNameIsStoredAndFoundThroughItsIndex)
         EXPECT_NE(row.error().message.find("the character U+20"), std::string::npos) << row.error().message;
     }
     ASSERT_TRUE(writer.commit());
-    EXPECT_EQ(files.content(kPath), committed);
+    EXPECT_EQ(files.content(kFormsPath), committed);
     EXPECT_TRUE(verifyDatabase(**database).problems.empty());
 }
 
@@ -202,7 +202,7 @@ TEST(TextKeys, TrailingBlanksAreLeftOutAndTheEarlierFormIsStillRead)
     for (const bool earlierFile : {false, true}) {
         SCOPED_TRACE(earlierFile ? "written with the blanks in the key" : "written in Access's form");
         MemoryFileSystem files;
-        ASSERT_TRUE(createDatabase(files, kPath, [earlierFile](DatabaseWriter& writer) {
+        ASSERT_TRUE(createDatabase(files, kFormsPath, [earlierFile](DatabaseWriter& writer) {
             if (earlierFile)
                 writer.writeEarlierTextKeys();
             Status made = writer.createTable(
@@ -213,7 +213,7 @@ TEST(TextKeys, TrailingBlanksAreLeftOutAndTheEarlierFormIsStillRead)
                                                                                          : invalidArgument("append");
             return made;
         }));
-        auto database = Database::open(files, kPath, OpenMode::ReadWrite);
+        auto database = Database::open(files, kFormsPath, OpenMode::ReadWrite);
         ASSERT_TRUE(database);
         EXPECT_TRUE(verifyDatabase(**database).problems.empty());
         DatabaseWriter writer(**database);
@@ -312,8 +312,8 @@ TEST(GlobalUsageMap, AnAccessMapByReferenceTakesNewRows)
         std::copy(reference.begin(), reference.end(), bytes.begin() + std::ptrdiff_t(rowStart));
     }
     MemoryFileSystem files;
-    files.setContent(kPath, bytes);
-    auto database = Database::open(files, kPath, OpenMode::ReadWrite);
+    files.setContent(kFormsPath, bytes);
+    auto database = Database::open(files, kFormsPath, OpenMode::ReadWrite);
     ASSERT_TRUE(database) << database.error().message;
     {
         DatabaseWriter writer(**database);
@@ -359,9 +359,9 @@ TEST(DamagedPages, AreRefusedBeforeAnythingIsWritten)
     bytes[offsetTable + 2] = 0x4A;  // row 1 starts at 0x1F4A, past the page's end
     bytes[offsetTable + 3] = 0xFF;
     MemoryFileSystem files;
-    files.setContent(kPath, bytes);
+    files.setContent(kFormsPath, bytes);
     {
-        auto database = Database::open(files, kPath, OpenMode::ReadWrite);
+        auto database = Database::open(files, kFormsPath, OpenMode::ReadWrite);
         ASSERT_TRUE(database);
         DatabaseWriter writer(**database);
         auto appended = writer.append("Readings", reading(100));
@@ -372,5 +372,5 @@ TEST(DamagedPages, AreRefusedBeforeAnythingIsWritten)
             << appended.error().message;
         EXPECT_TRUE(writer.commit());
     }
-    EXPECT_EQ(files.content(kPath), bytes);
+    EXPECT_EQ(files.content(kFormsPath), bytes);
 }

@@ -11,12 +11,12 @@ namespace {
 
 using namespace mdb;
 
-const std::string kPath = "/db/crash.mdb";
+const std::string kCrashPath = "/db/crash.mdb";
 
 // The table's rows as text, in storage order.
 std::vector<std::string> contentOf(MemoryFileSystem& files)
 {
-    auto database = Database::open(files, kPath, OpenMode::ReadOnly);
+    auto database = Database::open(files, kCrashPath, OpenMode::ReadOnly);
     if (!database)
         return {"open failed: " + database.error().message};
     auto table = (*database)->definition("Log");
@@ -48,7 +48,7 @@ std::vector<Value> row(int i)
 // data pages, updates that move rows, deletes.
 Status bigChange(MemoryFileSystem& files)
 {
-    auto database = Database::open(files, kPath, OpenMode::ReadWrite);
+    auto database = Database::open(files, kCrashPath, OpenMode::ReadWrite);
     if (!database)
         return database.error();
     DatabaseWriter writer(**database);
@@ -80,7 +80,7 @@ class Crash : public ::testing::Test {
 protected:
     void SetUp() override
     {
-        Status created = createDatabase(files, kPath, [](DatabaseWriter& writer) {
+        Status created = createDatabase(files, kCrashPath, [](DatabaseWriter& writer) {
             using T = ColumnType;
             Status made = writer.createTable("Log",
                                              {{"Id", T::Long, 0, true}, {"Source", T::Long}, {"Text", T::Text, 255},
@@ -95,7 +95,7 @@ protected:
             return made;
         });
         ASSERT_TRUE(created) << created.error().message;
-        original = files.content(kPath);
+        original = files.content(kCrashPath);
         restore();
         before = contentOf(files);
         Status changed = bigChange(files);
@@ -108,7 +108,7 @@ protected:
     void restore()
     {
         files = MemoryFileSystem();
-        files.setContent(kPath, original);
+        files.setContent(kCrashPath, original);
     }
 
     MemoryFileSystem files;
@@ -159,7 +159,7 @@ TEST_F(Crash, AJournalIsNeverAppliedToAnotherFile)
     std::vector<uint8_t> olderCopy;
     {
         MemoryFileSystem earlier;
-        ASSERT_TRUE(createDatabase(earlier, kPath, [](DatabaseWriter& writer) {
+        ASSERT_TRUE(createDatabase(earlier, kCrashPath, [](DatabaseWriter& writer) {
             using T = ColumnType;
             Status made = writer.createTable("Log",
                                              {{"Id", T::Long, 0, true}, {"Source", T::Long}, {"Text", T::Text, 255},
@@ -170,11 +170,11 @@ TEST_F(Crash, AJournalIsNeverAppliedToAnotherFile)
                 made = writer.append("Log", row(i)) ? Status::success() : Status(invalidArgument("append"));
             return made;
         }));
-        olderCopy = earlier.content(kPath);
+        olderCopy = earlier.content(kCrashPath);
     }
     const std::vector<std::string> olderContent = [&] {
         MemoryFileSystem copy;
-        copy.setContent(kPath, olderCopy);
+        copy.setContent(kCrashPath, olderCopy);
         return contentOf(copy);
     }();
 
@@ -182,18 +182,18 @@ TEST_F(Crash, AJournalIsNeverAppliedToAnotherFile)
     files.crashAfterWrites(4);
     (void)bigChange(files);
     files.crash(MemoryFileSystem::CrashMode::KeepUnsynced);
-    ASSERT_TRUE(Journal::needsRecovery(files, kPath));
-    files.setContent(kPath, olderCopy);
+    ASSERT_TRUE(Journal::needsRecovery(files, kCrashPath));
+    files.setContent(kCrashPath, olderCopy);
 
-    auto database = Database::open(files, kPath, OpenMode::ReadOnly);
+    auto database = Database::open(files, kCrashPath, OpenMode::ReadOnly);
     ASSERT_TRUE(database) << database.error().message;
     ASSERT_EQ((*database)->notices().size(), 1u);
     EXPECT_NE((*database)->notices().front().find("set aside"), std::string::npos);
     database->reset();
-    EXPECT_EQ(files.content(kPath), olderCopy);
+    EXPECT_EQ(files.content(kCrashPath), olderCopy);
     EXPECT_EQ(contentOf(files), olderContent);
-    EXPECT_TRUE(files.exists(Journal::pathFor(kPath) + ".stale-1"));
-    EXPECT_FALSE(Journal::needsRecovery(files, kPath));
+    EXPECT_TRUE(files.exists(Journal::pathFor(kCrashPath) + ".stale-1"));
+    EXPECT_FALSE(Journal::needsRecovery(files, kCrashPath));
 }
 
 // The same crash, and the file put back is a copy of the database exactly as
@@ -204,8 +204,8 @@ TEST_F(Crash, AJournalFitsAnExactCopyOfItsFile)
     files.crashAfterWrites(4);
     (void)bigChange(files);
     files.crash(MemoryFileSystem::CrashMode::KeepUnsynced);
-    files.setContent(kPath, original);
-    auto database = Database::open(files, kPath, OpenMode::ReadOnly);
+    files.setContent(kCrashPath, original);
+    auto database = Database::open(files, kCrashPath, OpenMode::ReadOnly);
     ASSERT_TRUE(database) << database.error().message;
     ASSERT_EQ((*database)->notices().size(), 1u);
     EXPECT_NE((*database)->notices().front().find("has been undone"), std::string::npos);

@@ -14,7 +14,7 @@ namespace {
 
 using namespace mdb;
 
-const std::string kPath = "/db/model.mdb";
+const std::string kModelPath = "/db/model.mdb";
 
 std::vector<ColumnSpec> columns()
 {
@@ -120,7 +120,7 @@ void expectLookups(DatabaseWriter& writer, const Model& model, std::mt19937& ran
 TEST(WriterModel, RandomChangesMatchAPlainModel)
 {
     MemoryFileSystem files;
-    ASSERT_TRUE(createDatabase(files, kPath, [](DatabaseWriter& writer) {
+    ASSERT_TRUE(createDatabase(files, kModelPath, [](DatabaseWriter& writer) {
         return writer.createTable("Readings", columns(), indexes());
     }));
     std::mt19937 random(20261121);
@@ -129,7 +129,7 @@ TEST(WriterModel, RandomChangesMatchAPlainModel)
     int32_t nextId = 0;
 
     for (int round = 0; round < 12; ++round) {
-        auto database = Database::open(files, kPath, OpenMode::ReadWrite);
+        auto database = Database::open(files, kModelPath, OpenMode::ReadWrite);
         ASSERT_TRUE(database) << database.error().message;
         DatabaseWriter writer(**database);
         const int steps = 40 + int(random() % 400);
@@ -167,7 +167,7 @@ TEST(WriterModel, RandomChangesMatchAPlainModel)
             ASSERT_TRUE(writer.commit());
             committed = model;
         }
-        auto reopened = Database::open(files, kPath, OpenMode::ReadOnly);
+        auto reopened = Database::open(files, kModelPath, OpenMode::ReadOnly);
         ASSERT_TRUE(reopened);
         expectSameRows(**reopened, committed);
         const auto problems = verifyDatabase(**reopened).problems;

@@ -22,6 +22,12 @@ if(NOT NIMBREL_PRECOMPILED_HEADERS)
   set(CMAKE_DISABLE_PRECOMPILE_HEADERS ON)
 endif()
 
+# Compiles the files of `target` eight at a time as one (files that cannot
+# share a compilation must not define the same names in anonymous namespaces).
+function(nimbrel_unity_build target)
+  set_target_properties(${target} PROPERTIES UNITY_BUILD ON UNITY_BUILD_BATCH_SIZE 8)
+endfunction()
+
 # The engine: the standard library only.
 function(nimbrel_precompile_std target)
   target_precompile_headers(${target} PRIVATE ${NIMBREL_STD_HEADERS})
