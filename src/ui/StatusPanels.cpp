@@ -97,6 +97,8 @@ void StatusPanels::fitPanels()
         room -= loggingProblem_->sizeHint().width() + bar_->layout()->spacing();
     QStringList shown;
     for (const char* key : kImportance) {
+        if (panels_[key].text->text().isEmpty() && panels_[key].picture->isHidden())
+            continue;  // nothing to show: no empty panel between separators
         const int width = panels_[key].widget->sizeHint().width() + bar_->layout()->spacing();
         if (width <= room) {
             shown << key;
@@ -107,7 +109,7 @@ void StatusPanels::fitPanels()
     for (const QString& key : CurrentConditions::panelKeys()) {
         const Panel& panel = panels_[key];
         panel.widget->setVisible(shown.contains(key));
-        panel.separator->setVisible(!first);
+        panel.separator->setVisible(!first && shown.contains(key));
         first = first && !shown.contains(key);
     }
 }

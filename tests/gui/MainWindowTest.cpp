@@ -165,6 +165,20 @@ private slots:
         }
     }
 
+    // Before the first reading the bar shows no panels: no row of empty
+    // separators.
+    void noReadingShowsNoEmptyPanels()
+    {
+        QMainWindow window;
+        StatusPanels status(window.statusBar());
+        window.resize(1200, 300);
+        window.show();
+        status.display(CurrentConditions());
+        QTest::qWait(20);
+        for (const QString& key : CurrentConditions::panelKeys())
+            QVERIFY2(!namedChild<QWidget>(&window, key)->isVisibleTo(&window), qPrintable(key));
+    }
+
     void theWindowShrinksTo800Pixels()
     {
         auto run = start();
