@@ -6,7 +6,7 @@
 #include "core/settings/SettingsModel.h"
 #include "core/sources/SourceLists.h"
 #include "core/text/Clock.h"
-#include "ui/ChartRenderer.h"
+#include "core/graphs/HistoryChart.h"
 
 #include <QCoreApplication>
 #include <QSettings>
@@ -138,7 +138,7 @@ int run(const QStringList& arguments, QTextStream& errors)
     graph.apply(*favourite);
     if (options->from.isValid())
         graph.setRange(options->from, graph.state().to);
-    ChartRenderer renderer;
+    HistoryChartRenderer renderer;
     QString error;
     if (!writePicture(graph, settings, renderer, options->output, error)) {
         errors << "nimbrel export-graph: " << error << '\n';

@@ -152,7 +152,7 @@ int main(int argc, char** argv)
     if (!demoMode && CommandLine::isCommand(arguments)) {
         if (CommandLine::drawsPictures(arguments)) {
             qputenv("QT_QPA_PLATFORM", "offscreen");  // no window: no screen needed
-            QApplication app(argc, argv);
+            QGuiApplication app(argc, argv);  // fonts for the pictures, no widgets
             return CommandLine::run(arguments);
         }
         QCoreApplication app(argc, argv);

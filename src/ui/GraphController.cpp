@@ -1,6 +1,5 @@
 #include "ui/GraphController.h"
 
-#include "ui/ChartRenderer.h"
 #include "ui/Choosers.h"
 #include "ui/GraphView.h"
 #include "ui/HistoryDataTab.h"
@@ -39,6 +38,10 @@ GraphController::GraphController(CycleWorker* worker, const Environment& environ
     connect(graphTab_->view(), &GraphView::sizeWanted, this, [this](const QSize& size, qreal scale) {
         ask([size, scale](CycleWorker& w) { w.setGraphView(size, scale); });
     });
+    connect(graphTab_->view(), &GraphView::zoomWanted, this, [this](const ViewRange& view) {
+        ask([view](CycleWorker& w) { w.zoomGraphIn(view); });
+    });
+    connect(graphTab_->view(), &GraphView::zoomOutWanted, this, [this] { ask([](CycleWorker& w) { w.zoomGraphOut(); }); });
 }
 
 void GraphController::ask(std::function<void(CycleWorker&)> request)
@@ -164,7 +167,7 @@ void GraphController::printPictureReady(const std::shared_ptr<const GraphPicture
 {
     if (!picture || picture->isNull())
         return;
-    const QImage image = imageOf(*picture);
+    const QImage image = picture->image;
     QPrinter printer(QPrinter::HighResolution);
     printer.setPageOrientation(QPageLayout::Landscape);
     QPrintPreviewDialog preview(&printer, window_);

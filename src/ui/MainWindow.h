@@ -4,7 +4,7 @@
 #include "core/cycle/DatabaseService.h"
 #include "core/cycle/RefreshCycle.h"
 #include "core/errors/Environment.h"
-#include "ui/ChartRenderer.h"
+#include "core/graphs/HistoryChart.h"
 
 #include <QMainWindow>
 #include <QThread>
@@ -102,7 +102,7 @@ private:
     QThread workerThread_;
     CycleWorker* worker_ = nullptr;
     DatabaseService* database_ = nullptr;
-    ChartRenderer renderer_;  // draws the graph's pictures on the worker thread
+    HistoryChartRenderer renderer_;  // draws the graph's pictures on the worker thread
     GraphController* graph_ = nullptr;
     PreferencesDialog* preferences_ = nullptr;  // made at first use, then kept
     DayDiaryDialog* diary_ = nullptr;

@@ -1,8 +1,8 @@
 #include "DatabaseFixture.h"
 #include "core/db/DatabaseSession.h"
-#include "core/graphs/AxisTicks.h"
+#include "core/plot/AxisTicks.h"
 #include "core/graphs/DataTypes.h"
-#include "core/graphs/Envelope.h"
+#include "core/plot/Envelope.h"
 #include "core/graphs/GraphTable.h"
 #include "core/graphs/HistoryGraph.h"
 #include "core/settings/SettingsModel.h"
@@ -98,6 +98,23 @@ TEST_F(HistoryGraphTest, ARangeIsWholeDaysFromMidnightTo2359)
     EXPECT_EQ(data.traces[0].label(2, false), "");
     EXPECT_EQ(data.traces[0].label(0, true), "00:00");
     EXPECT_TRUE(errors.empty());
+}
+
+// On a graph of more than one day the annotation says on which day the
+// extremes were; before its first drawing a graph shows today, not the
+// zero date of the stored times.
+TEST_F(HistoryGraphTest, TheAnnotationNamesTheDayOnLongerGraphs)
+{
+    EXPECT_DOUBLE_EQ(graph.data()->xMinimum, storedDays(today));
+    EXPECT_EQ(graph.data()->range.last, today);
+    addReadings(7, {{at(-1, 14, 30), 12.8}, {at(0, 6, 10), -2}, {at(0, 12, 0), 3}});
+    graph.setRange(today.addDays(-1), today);
+    graph.apply({false, 1, {trace()}});
+    ASSERT_TRUE(graph.refresh());
+    const TraceSeries& series = graph.data()->traces.at(0);
+    EXPECT_EQ(series.annotation(true), "Max: 12.8 @ 09-Mar 14:30  Min: -2 @ 10-Mar 06:10");
+    EXPECT_EQ(series.annotation(), "Max: 12.8 @ 14:30  Min: -2 @ 06:10");
+    EXPECT_EQ(TraceSeries().annotation(true), "Max: 0 @   Min: 0 @ ") << "no readings, no day";
 }
 
 TEST_F(HistoryGraphTest, AReversedRangeIsSaidOnceAndDrawnAsOneDay)

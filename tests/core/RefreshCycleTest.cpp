@@ -443,9 +443,8 @@ public:
     {
         ++pictures;
         GraphPicture picture;
-        picture.width = request.size.width();
-        picture.height = request.size.height();
-        picture.pixels.assign(std::size_t(picture.width) * std::size_t(picture.height), 0xFFFFFFFF);
+        picture.image = QImage(request.size, QImage::Format_RGB32);
+        picture.image.fill(Qt::white);
         return picture;
     }
     int pictures = 0;

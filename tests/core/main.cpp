@@ -1,11 +1,13 @@
 #include "support/TestSupport.h"
 
-#include <QCoreApplication>
+#include <QGuiApplication>
 #include <gtest/gtest.h>
 
 int main(int argc, char** argv)
 {
-    QCoreApplication app(argc, argv);
+    // The pictures need fonts, and fonts a GUI application; no screen.
+    qputenv("QT_QPA_PLATFORM", "offscreen");
+    QGuiApplication app(argc, argv);
     ::testing::InitGoogleTest(&argc, argv);
     setTestFailureHandler([](const QString& message) { ADD_FAILURE() << message.toStdString(); });
     return RUN_ALL_TESTS();

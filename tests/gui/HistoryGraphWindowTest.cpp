@@ -85,6 +85,41 @@ private slots:
         saveGrab(run->window.get(), "history-graph.png");
     }
 
+    // A rectangle dragged over the plot shows that part, read again at full
+    // resolution; Escape and a double-click go back one step each.
+    void draggingARectangleZoomsIn()
+    {
+        auto run = start();
+        auto* view = run->find<GraphView>("graphView");
+        const GraphPicture whole = *run->shown().picture;
+        const QRectF plot = whole.plotArea;
+        const QPoint from = plot.topLeft().toPoint() + QPoint(plot.width() * 0.4, 10);
+        const QPoint to = from + QPoint(plot.width() * 0.1, plot.height() * 0.6);
+        QTest::mousePress(view, Qt::LeftButton, {}, from);
+        QTest::mouseMove(view, to);
+        QTest::mouseRelease(view, Qt::LeftButton, {}, to);
+        QTRY_VERIFY(run->shown().zoomed);
+        const ViewRange zoomed = run->shown().picture->shown;
+        const double wholeSpan = whole.shown.xMaximum - whole.shown.xMinimum;
+        QVERIFY(std::abs((zoomed.xMaximum - zoomed.xMinimum) - wholeSpan * 0.1) < wholeSpan * 0.01);
+        QVERIFY(zoomed.yMaximum < whole.shown.yMaximum);
+        // Zoomed to under two days, the readings' labels appear.
+        saveGrab(view, "history-graph-zoomed.png");
+
+        const QPoint inner = plot.center().toPoint();
+        QTest::mousePress(view, Qt::LeftButton, {}, inner);
+        QTest::mouseMove(view, inner + QPoint(40, 40));
+        QTest::mouseRelease(view, Qt::LeftButton, {}, inner + QPoint(40, 40));
+        QTRY_VERIFY(run->shown().picture->shown.xMaximum - run->shown().picture->shown.xMinimum <
+                    (zoomed.xMaximum - zoomed.xMinimum) * 0.5);
+        QTest::keyClick(view, Qt::Key_Escape);
+        QTRY_COMPARE(run->shown().picture->shown, zoomed);
+        QTest::mouseDClick(view, Qt::LeftButton, {}, inner);
+        QTRY_VERIFY(!run->shown().zoomed);
+        QCOMPARE(run->shown().picture->shown, whole.shown);
+        QVERIFY(run->errors.empty());
+    }
+
     void dateButtonsAndSingleDayRange()
     {
         auto run = start();
@@ -203,10 +238,13 @@ private slots:
         QCOMPARE(saved.count("\r\n"), 6 * 144 + 87 + 1);
 
         bool previewed = false;
-        auto closePreview = [&previewed] {
+        QImage page;
+        auto closePreview = [&previewed, &page] {
             for (QWidget* widget : QApplication::topLevelWidgets()) {
                 if (auto* preview = qobject_cast<QPrintPreviewDialog*>(widget); preview && preview->isVisible()) {
+                    QTest::qWait(200);
                     saveGrab(preview, "print-preview.png");
+                    page = preview->grab().toImage();
                     previewed = true;
                     preview->reject();
                 }
@@ -217,6 +255,14 @@ private slots:
         poll.start(100);
         run->find<QAction>("printPreviewAction")->trigger();
         QTRY_VERIFY_WITH_TIMEOUT(previewed, 10000);
+        // On paper the graph has the export colours: a light page, not the
+        // screen's dark one.
+        int light = 0;
+        for (int y = -20; y < 20; ++y) {
+            for (int x = -20; x < 20; ++x)
+                light += page.pixelColor(page.width() / 2 + x, page.height() / 2 + y).lightness() > 200;
+        }
+        QVERIFY2(light > 40 * 40 * 3 / 4, qPrintable(QString("%1 of 1600 light pixels").arg(light)));
     }
 };
 

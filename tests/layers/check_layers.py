@@ -1,7 +1,7 @@
 #!/usr/bin/env python3
 """Checks that no folder of src includes from a folder above it.
 
-The layers, lowest first: mdb; core/text, core/errors, core/settings,
+The layers, lowest first: mdb; core/plot; core/text, core/errors, core/settings,
 core/readings, core/db, core/sources, core/graphs, core/export, core/cycle;
 ui; app.
 A file may include from its own folder and from the folders below it.
@@ -11,7 +11,7 @@ import pathlib
 import re
 import sys
 
-LAYERS = ["mdb", "core/text", "core/errors", "core/settings", "core/readings", "core/db",
+LAYERS = ["mdb", "core/plot", "core/text", "core/errors", "core/settings", "core/readings", "core/db",
           "core/sources", "core/graphs", "core/export", "core/cycle", "ui", "app"]
 INCLUDE = re.compile(r'^\s*#\s*include\s+"([^"]+)"', re.M)
 

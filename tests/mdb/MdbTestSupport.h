@@ -14,12 +14,15 @@ std::vector<uint8_t> mdbFixtureBytes(const std::string& name);
 // Whether the shared fixture folder is here; a plain clone has none.
 bool haveFixtures();
 
-// Skips a test that needs the shared fixture folder, with one line saying so.
+// Skips a test that needs the shared fixture folder, with one line saying so
+// (the same as the core tests' macro of this name, where both are included).
+#ifndef SKIP_WITHOUT_FIXTURES
 #define SKIP_WITHOUT_FIXTURES()                                                                        \
     do {                                                                                               \
         if (!haveFixtures())                                                                           \
             GTEST_SKIP() << "needs the shared fixture folder " NIMBREL_FIXTURES_DIR ", absent here";   \
     } while (0)
+#endif
 
 std::vector<uint8_t> fileBytes(const std::string& path);
 

@@ -48,12 +48,14 @@ void CycleWorker::exportSource(qint32 sourceID)
 void CycleWorker::setGraphRange(const QDate& from, const QDate& to)
 {
     graph_.graph().setRange(from, to);
+    graph_.clearZoom();
     graph_.refresh();
 }
 
 void CycleWorker::stepGraph(DateStep which, int days)
 {
     HistoryGraph& graph = graph_.graph();
+    graph_.clearZoom();
     if (which == DateStep::From)
         graph.stepFrom(days);
     else if (which == DateStep::To)
@@ -65,6 +67,8 @@ void CycleWorker::stepGraph(DateStep which, int days)
 
 void CycleWorker::setGraphOptions(const GraphOptions& options)
 {
+    if (options.singleDay != graph_.graph().state().options.singleDay)
+        graph_.clearZoom();  // the x axis counts other units
     if (graph_.graph().setOptions(options))
         graph_.refresh();  // the x axis changes: every trace is read again
     else
@@ -74,6 +78,7 @@ void CycleWorker::setGraphOptions(const GraphOptions& options)
 void CycleWorker::clearTraces()
 {
     graph_.graph().clearTraces();
+    graph_.clearZoom();
     graph_.redrawPicture();
 }
 
@@ -84,5 +89,5 @@ void CycleWorker::saveFavourite(const QString& name)
 
 void CycleWorker::drawPrintPicture(const QSize& size, qreal scale)
 {
-    emit printPictureReady(std::make_shared<const GraphPicture>(graph_.picture(size, scale)));
+    emit printPictureReady(std::make_shared<const GraphPicture>(graph_.printPicture(size, scale)));
 }

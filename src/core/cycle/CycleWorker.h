@@ -46,6 +46,8 @@ public slots:
     void saveFavourite(const QString& name);
     void refreshGraph() { graph_.refresh(); }
     void setGraphView(const QSize& size, qreal scale) { graph_.setViewSize(size, scale); }
+    void zoomGraphIn(const ViewRange& view) { graph_.zoomIn(view); }
+    void zoomGraphOut() { graph_.zoomOut(); }
     void exportCurrentPicture() { graph_.exportCurrentPicture(); }
     // A picture of the graph at `size` for printing (answered by printPictureReady).
     void drawPrintPicture(const QSize& size, qreal scale);

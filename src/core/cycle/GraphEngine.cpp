@@ -30,15 +30,38 @@ void GraphEngine::setViewSize(const QSize& size, qreal scale)
     redrawPicture();
 }
 
-GraphPicture GraphEngine::picture(const QSize& size, qreal scale) const
+GraphColours GraphEngine::exportColours() const
+{
+    return {settings_.fontColourExport(), settings_.backColourExport()};
+}
+
+GraphPicture GraphEngine::picture(const QSize& size, qreal scale, const GraphColours& colours) const
 {
     if (!renderer_ || size.isEmpty())
         return {};
     GraphPictureRequest request;
     request.size = size;
     request.scale = scale;
-    request.colours = screenColours();
+    request.colours = colours;
+    if (!zooms_.empty())
+        request.view = zooms_.back();
     return renderer_->render(*graph_.data(), request);
+}
+
+void GraphEngine::zoomIn(const ViewRange& view)
+{
+    if (!(view.xMaximum > view.xMinimum) || !(view.yMaximum > view.yMinimum))
+        return;
+    zooms_.push_back(view);
+    refresh();  // the readings of the part, as they are in the database now
+}
+
+void GraphEngine::zoomOut()
+{
+    if (zooms_.empty())
+        return;
+    zooms_.pop_back();
+    redrawPicture();
 }
 
 void GraphEngine::redrawPicture()
@@ -68,6 +91,7 @@ bool GraphEngine::addTrace(TraceEntry trace)
     }
     trace.sourceDatabase = (*source)->sourceDatabase();
     trace.dataID = (*source)->dataID();
+    clearZoom();
     const bool drawn = graph_.addTrace(trace);
     redrawPicture();
     return drawn;
@@ -100,6 +124,7 @@ bool GraphEngine::loadFavourite(qint32 favID)
 
 bool GraphEngine::showFavourite(qint32 favID)
 {
+    clearZoom();
     const bool loaded = readFavourite(favID);
     return refresh() && loaded;
 }
@@ -146,5 +171,5 @@ void GraphEngine::exportPicture(int number)
         return;
     QString error;  // the export is silent: a web picture that fails is tried again next cycle
     PictureExport::exportPicture(*graph_.data(), number, settings_.graphicFolder(),
-                                 {settings_.fontColourExport(), settings_.backColourExport()}, *renderer_, error);
+                                 exportColours(), *renderer_, error);
 }

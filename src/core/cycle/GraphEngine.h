@@ -16,6 +16,7 @@ struct GraphUpdate {
     GraphState state;
     std::shared_ptr<const GraphData> data;
     std::shared_ptr<const GraphPicture> picture;
+    bool zoomed = false;  // the picture shows a part of the graph
 };
 Q_DECLARE_METATYPE(GraphUpdate)
 
@@ -41,9 +42,18 @@ public:
     void setViewSize(const QSize& size, qreal scale);
     // The current picture for the screen (null when the size is not known).
     std::shared_ptr<const GraphPicture> viewPicture() const { return viewPicture_; }
-    // A picture of the current graph in the screen's colours, any size (printing).
-    GraphPicture picture(const QSize& size, qreal scale) const;
-    GraphUpdate update() const { return {graph_.state(), graph_.data(), viewPicture_}; }
+    // A picture of the graph as shown, any size, in the screen's colours.
+    GraphPicture picture(const QSize& size, qreal scale) const { return picture(size, scale, screenColours()); }
+    // The same on paper: in the export colours (a light page saves ink).
+    GraphPicture printPicture(const QSize& size, qreal scale) const { return picture(size, scale, exportColours()); }
+    GraphUpdate update() const { return {graph_.state(), graph_.data(), viewPicture_, !zooms_.empty()}; }
+
+    // Shows only `view` of the graph, its readings read again from the
+    // database; zoomOut goes back to what was shown before. A change of the
+    // graph's days, traces or options (clearZoom) shows the whole graph again.
+    void zoomIn(const ViewRange& view);
+    void zoomOut();
+    void clearZoom() { zooms_.clear(); }
 
     // Adds a trace of a loaded source (its database and data id filled in
     // from it) and draws only that trace.
@@ -74,6 +84,8 @@ public:
 
 private:
     GraphColours screenColours() const;
+    GraphColours exportColours() const;
+    GraphPicture picture(const QSize& size, qreal scale, const GraphColours& colours) const;
     // Reads favourite `favID` from the database and applies it.
     bool readFavourite(qint32 favID);
 
@@ -85,5 +97,6 @@ private:
     QSize viewSize_;
     qreal viewScale_ = 1;
     std::shared_ptr<const GraphPicture> viewPicture_;
+    std::vector<ViewRange> zooms_;  // the last one is shown
     std::map<qint32, Favourite> cycleFavourites_;  // read by exportFavourites for the cycle's pictures
 };

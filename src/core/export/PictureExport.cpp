@@ -1,6 +1,7 @@
 #include "core/export/PictureExport.h"
 
 #include "core/export/GifFile.h"
+#include "core/plot/ChartPainter.h"
 #include "core/settings/StoredColour.h"
 
 #include <QDir>
@@ -32,10 +33,17 @@ bool writePicture(const GraphData& data, const QString& path, const GraphColours
                   QString& error)
 {
     const GraphPicture picture = renderer.render(data, request(data, colours));
+    const QImage image = picture.image.convertToFormat(QImage::Format_RGB32);
+    const QColor background = QColor::fromRgb(StoredColour::toRgb(colours.background));
     std::vector<quint32> exact = {StoredColour::toRgb(colours.background), StoredColour::toRgb(colours.text)};
-    for (const TraceSeries& series : data.traces)
-        exact.push_back(StoredColour::toRgb(series.trace.colour));
-    return GifFile::write(path, {picture.width, picture.height, picture.pixels.data()}, exact, error);
+    for (const TraceSeries& series : data.traces) {
+        // As drawn: a trace colour too pale for the background is drawn darker.
+        const QColor colour = QColor::fromRgb(StoredColour::toRgb(series.trace.colour));
+        exact.push_back(plot::legible(colour, background).rgb() & 0xFFFFFF);
+    }
+    // Rows of a 32-bit image follow one another without padding.
+    const PixelRows rows{image.width(), image.height(), reinterpret_cast<const quint32*>(image.constBits())};
+    return GifFile::write(path, rows, exact, error);
 }
 
 bool exportPicture(const GraphData& data, int number, const QString& folder, const GraphColours& colours,

@@ -5,10 +5,15 @@
 
 #include <QDateTime>
 
-QString TraceSeries::annotation() const
+QString TraceSeries::annotation(bool withDay) const
 {
-    return "Max: " + NumberText::generalNumber(maximum) + " @ " + maximumTime +
-           "  Min: " + NumberText::generalNumber(minimum) + " @ " + minimumTime;
+    const auto when = [this, withDay](const QString& time, double stamp) {
+        if (!withDay || y.empty())
+            return time;
+        return wallClockTime(stamp).toString("dd-MMM ") + time;
+    };
+    return "Max: " + NumberText::generalNumber(maximum) + " @ " + when(maximumTime, maximumStamp) +
+           "  Min: " + NumberText::generalNumber(minimum) + " @ " + when(minimumTime, minimumStamp);
 }
 
 QString TraceSeries::label(std::size_t i, bool singleDay) const

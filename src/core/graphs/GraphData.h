@@ -48,10 +48,13 @@ struct TraceSeries {
     double minimum = 0;
     QString maximumTime;  // TimeText of the reading with the largest value
     QString minimumTime;
+    double maximumStamp = 0;  // DateRead of that reading, in stored days
+    double minimumStamp = 0;
 
     std::size_t size() const { return x.size(); }
     // "Max: 21.4 @ 14:20  Min: 3.1 @ 06:10" (from no readings: "Max: 0 @   Min: 0 @ ").
-    QString annotation() const;
+    // With the day, for a graph of more than one day: "Max: 21.4 @ 21-Nov 14:20  ...".
+    QString annotation(bool withDay = false) const;
     // The reading's label: its date and time "dd-MMM-yy hh:mm" at midnight
     // (not on a single-day graph), its TimeText on the whole hour, else empty.
     QString label(std::size_t i, bool singleDay) const;

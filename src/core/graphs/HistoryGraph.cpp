@@ -16,6 +16,7 @@ HistoryGraph::HistoryGraph(const SettingsModel& settings, const Environment& env
 {
     state_.from = today;
     state_.to = today;
+    resetRange();  // an empty graph of today until the first drawing
 }
 
 void HistoryGraph::stepFrom(int days)

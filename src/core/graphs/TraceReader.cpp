@@ -75,6 +75,8 @@ TraceSeries plot(const TraceEntry& trace, const HistoryColumns& rows, const std:
     if (!series.y.empty()) {
         series.maximumTime = rows.timeText(maximumRow);
         series.minimumTime = rows.timeText(minimumRow);
+        series.maximumStamp = rows.stamps[maximumRow];
+        series.minimumStamp = rows.stamps[minimumRow];
     }
     return series;
 }

@@ -37,8 +37,8 @@ struct Preferences {
     // (cyan, green, red, magenta, yellow...) stand out.
     qint32 fontColour = 0xE6E6E6;        // light grey text
     qint32 backColour = 0x201814;        // on a dark blue-grey
-    qint32 fontColourExport = 0xE6E6E6;
-    qint32 backColourExport = 0x201814;
+    qint32 fontColourExport = 0x202020;  // dark grey text
+    qint32 backColourExport = 0xFFFFFF;  // on white: web pages and paper
 
     bool operator==(const Preferences&) const = default;
 };

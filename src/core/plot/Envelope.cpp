@@ -1,4 +1,4 @@
-#include "core/graphs/Envelope.h"
+#include "core/plot/Envelope.h"
 
 #include <algorithm>
 #include <cmath>

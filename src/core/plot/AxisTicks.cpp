@@ -1,6 +1,6 @@
-#include "core/graphs/AxisTicks.h"
+#include "core/plot/AxisTicks.h"
 
-#include "core/graphs/GraphData.h"
+#include "core/plot/TimeScale.h"
 
 #include <QDateTime>
 
@@ -18,7 +18,7 @@ std::vector<AxisTick> everyFewHours(double from, double to, int hours)
     std::vector<AxisTick> ticks;
     const double step = hours * kHour;
     for (double value = std::ceil(from / step - 1e-9) * step; value <= to + 1e-9; value += step) {
-        const QDateTime time = wallClockTime(value);
+        const QDateTime time = plot::wallClock(value);
         const bool midnight = time.time().hour() == 0 && time.time().minute() == 0;
         ticks.push_back({value, time.toString(midnight ? "dd-MMM" : "hh:mm")});
     }
@@ -31,25 +31,25 @@ std::vector<AxisTick> everyFewDays(double from, double to, int days)
     // Weeks start on Mondays; other steps count from the first whole day.
     double first = std::ceil(from - 1e-9);
     if (days == 7) {
-        while (wallClockTime(first).date().dayOfWeek() != Qt::Monday)
+        while (plot::wallClock(first).date().dayOfWeek() != Qt::Monday)
             first += 1;
     }
     for (double value = first; value <= to + 1e-9; value += days)
-        ticks.push_back({value, wallClockTime(value).toString("dd-MMM")});
+        ticks.push_back({value, plot::wallClock(value).toString("dd-MMM")});
     return ticks;
 }
 
 std::vector<AxisTick> everyFewMonths(double from, double to, int months)
 {
     std::vector<AxisTick> ticks;
-    const QDate start = wallClockTime(std::ceil(from - 1e-9)).date();
+    const QDate start = plot::wallClock(std::ceil(from - 1e-9)).date();
     QDate month(start.year(), start.month(), 1);
     if (month < start)
         month = month.addMonths(1);
     while ((month.month() - 1) % months != 0)
         month = month.addMonths(1);
-    for (; storedDays(month) <= to + 1e-9; month = month.addMonths(months))
-        ticks.push_back({storedDays(month), month.toString(months >= 12 ? "yyyy" : "MMM yy")});
+    for (; plot::daysOf(month) <= to + 1e-9; month = month.addMonths(months))
+        ticks.push_back({plot::daysOf(month), month.toString(months >= 12 ? "yyyy" : "MMM yy")});
     return ticks;
 }
 
@@ -64,7 +64,7 @@ std::vector<AxisTick> timeTicks(double from, double to, int maxTicks)
         if (span / (hours * kHour) <= maxTicks)
             return everyFewHours(from, to, hours);
     }
-    for (int days : {1, 2, 7, 14}) {
+    for (int days : {1, 2, 3, 7, 14}) {
         if (span / days <= maxTicks)
             return everyFewDays(from, to, days);
     }

@@ -13,7 +13,7 @@ struct AxisTick {
 
 namespace AxisTicks {
 
-// Marks for a time axis in stored days (wall clock), at most `maxTicks`,
+// Marks for a time axis in days (see TimeScale.h), at most `maxTicks`,
 // on round times: whole hours ("06:00", and "dd-MMM" at midnight), whole
 // days ("dd-MMM"), weeks, the first of a month ("MMM yy") or of a year.
 std::vector<AxisTick> timeTicks(double from, double to, int maxTicks);
