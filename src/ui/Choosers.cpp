@@ -32,7 +32,7 @@ QString withExtension(const QString& name, const QString& extension)
 
 QColor colourOf(qint32 stored)
 {
-    return QColor::fromRgb(StoredColour::toRgb(stored));
+    return StoredColour::toColour(stored);
 }
 
 qint32 storedColour(const QColor& colour)

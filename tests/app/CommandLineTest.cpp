@@ -253,16 +253,28 @@ TEST(CommandLine, SimulateOnceWritesAFileTheReaderAccepts)
     EXPECT_EQ(nimbrel({"simulate"}).exitCode, 2);
 }
 
-// One window per settings file: a second start of the demo says so, brings
-// the first to the front, and ends.
-TEST(Program, ASecondStartWithTheSameSettingsLeavesTheFirstAlone)
+namespace {
+
+// The program's environment with its home (settings, the demo's files) in
+// `home`, offscreen.
+QProcessEnvironment demoEnvironment(const TempFolder& home)
 {
-    TempFolder home;
     QProcessEnvironment environment = QProcessEnvironment::systemEnvironment();
     environment.insert("HOME", home.path());
     environment.insert("XDG_DATA_HOME", home.file("data"));
     environment.insert("XDG_CONFIG_HOME", home.file("config"));
     environment.insert("QT_QPA_PLATFORM", "offscreen");
+    return environment;
+}
+
+}  // namespace
+
+// One window per settings file: a second start of the demo says so, brings
+// the first to the front, and ends.
+TEST(Program, ASecondStartWithTheSameSettingsLeavesTheFirstAlone)
+{
+    TempFolder home;
+    const QProcessEnvironment environment = demoEnvironment(home);
     QProcess first;
     first.setProcessEnvironment(environment);
     first.start(QStringLiteral(NIMBREL_PROGRAM), {"--demo"});
@@ -292,11 +304,7 @@ TEST(Program, ASecondStartWithTheSameSettingsLeavesTheFirstAlone)
 TEST(Program, TheDemoAtSpeedLogsAtEveryMarkOfItsFastClock)
 {
     TempFolder home;
-    QProcessEnvironment environment = QProcessEnvironment::systemEnvironment();
-    environment.insert("HOME", home.path());
-    environment.insert("XDG_DATA_HOME", home.file("data"));
-    environment.insert("XDG_CONFIG_HOME", home.file("config"));
-    environment.insert("QT_QPA_PLATFORM", "offscreen");
+    const QProcessEnvironment environment = demoEnvironment(home);
     QProcess demo;
     demo.setProcessEnvironment(environment);
     const QDateTime started = QDateTime::currentDateTime();

@@ -221,7 +221,7 @@ TEST(ChartPictures, TheExportPictureIsAnExactOpaqueGif)
 
     // Every trace colour, as drawn, is in the picture exactly.
     for (const TraceSeries& s : data.traces) {
-        const QRgb drawn = plot::legible(QColor::fromRgb(StoredColour::toRgb(s.trace.colour)), Qt::white).rgb();
+        const QRgb drawn = plot::legible(StoredColour::toColour(s.trace.colour), Qt::white).rgb();
         bool found = false;
         for (int y = 0; y < gif.height() && !found; ++y) {
             for (int x = 0; x < gif.width() && !found; ++x)

@@ -34,11 +34,11 @@ bool writePicture(const GraphData& data, const QString& path, const GraphColours
 {
     const GraphPicture picture = renderer.render(data, request(data, colours));
     const QImage image = picture.image.convertToFormat(QImage::Format_RGB32);
-    const QColor background = QColor::fromRgb(StoredColour::toRgb(colours.background));
+    const QColor background = StoredColour::toColour(colours.background);
     std::vector<quint32> exact = {StoredColour::toRgb(colours.background), StoredColour::toRgb(colours.text)};
     for (const TraceSeries& series : data.traces) {
         // As drawn: a trace colour too pale for the background is drawn darker.
-        const QColor colour = QColor::fromRgb(StoredColour::toRgb(series.trace.colour));
+        const QColor colour = StoredColour::toColour(series.trace.colour);
         exact.push_back(plot::legible(colour, background).rgb() & 0xFFFFFF);
     }
     // Rows of a 32-bit image follow one another without padding.

@@ -10,11 +10,6 @@ namespace {
 
 constexpr double kLongestLabelledSpanDays = 2;  // hour labels say nothing on longer graphs
 
-QColor colourOf(qint32 stored)
-{
-    return QColor::fromRgb(StoredColour::toRgb(stored));
-}
-
 ViewRange wholeGraph(const GraphData& data)
 {
     return {data.xMinimum, data.xMaximum, data.yMinimum.value_or(0), data.yMaximum.value_or(100)};
@@ -38,7 +33,7 @@ void addPointLabels(plot::Chart& chart, const GraphData& data, const ViewRange& 
     if ((data.options.singleDay ? span / 24 : span) > kLongestLabelledSpanDays)
         return;
     for (const TraceSeries& series : data.traces) {
-        const QColor colour = colourOf(series.trace.colour);
+        const QColor colour = StoredColour::toColour(series.trace.colour);
         const auto first = std::lower_bound(series.x.begin(), series.x.end(), view.xMinimum);
         for (auto i = std::size_t(first - series.x.begin()); i < series.size() && series.x[i] <= view.xMaximum; ++i) {
             const QString label = series.label(i, data.options.singleDay);
@@ -54,8 +49,8 @@ plot::Chart historyChart(const GraphData& data, const GraphPictureRequest& reque
 {
     const ViewRange view = request.view.value_or(wholeGraph(data));
     plot::Chart chart;
-    chart.text = colourOf(request.colours.text);
-    chart.background = colourOf(request.colours.background);
+    chart.text = StoredColour::toColour(request.colours.text);
+    chart.background = StoredColour::toColour(request.colours.background);
     chart.x = {data.options.singleDay ? plot::AxisKind::Hours : plot::AxisKind::DateTime, view.xMinimum,
                view.xMaximum, {}};
     chart.y = {plot::AxisKind::Value, view.yMinimum, view.yMaximum, valueAxisTitle(data)};
@@ -66,7 +61,7 @@ plot::Chart historyChart(const GraphData& data, const GraphPictureRequest& reque
     for (std::size_t i = 0; i < data.traces.size(); ++i) {
         const TraceSeries& series = data.traces[i];
         const QString title = i < std::size_t(request.titles.size()) ? request.titles[qsizetype(i)] : series.trace.title();
-        plot::LineSeries line{title, colourOf(series.trace.colour), {}, {}, false};
+        plot::LineSeries line{title, StoredColour::toColour(series.trace.colour), {}, {}, false};
         if (!series.skipped) {
             line.x = series.x;
             line.y = series.y;
@@ -75,7 +70,7 @@ plot::Chart historyChart(const GraphData& data, const GraphPictureRequest& reque
         chart.lines.push_back(std::move(line));
         if (data.options.showStability) {
             for (const StabilityMark& mark : series.marks)
-                chart.markers.push_back({mark.x, mark.y, colourOf(standardColour(mark.stability))});
+                chart.markers.push_back({mark.x, mark.y, StoredColour::toColour(standardColour(mark.stability))});
         }
     }
     addPointLabels(chart, data, view);

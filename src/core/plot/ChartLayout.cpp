@@ -73,7 +73,7 @@ ChartLayout::ChartLayout(const Chart& chart, const QRectF& area)
     if (chart.legend == LegendPlace::None)
         legend_.clear();
     if (!legend_.empty() && chart.legend == LegendPlace::Below) {
-        placeLegendBelow(0, area.width() - 16);
+        placeLegendBelow(area.width() - 16);
         const double height = legend_.back().box.bottom();
         for (LegendEntry& entry : legend_)
             entry.box.translate(area.left() + 8, bottom - height);
@@ -198,10 +198,11 @@ void ChartLayout::placeXLabels(const std::vector<AxisTick>& ticks)
     }
 }
 
-// Entries in rows `width` wide from `top`, each as wide as its text.
-void ChartLayout::placeLegendBelow(double top, double width)
+// Entries in rows `width` wide from (0, 0), each as wide as its text; the
+// caller moves them into place.
+void ChartLayout::placeLegendBelow(double width)
 {
-    double x = 0, y = top;
+    double x = 0, y = 0;
     for (LegendEntry& entry : legend_) {
         const double wide = std::min(kLegendSample + 6 + metrics_.horizontalAdvance(entry.text) + 2, width);
         if (x > 0 && x + wide > width) {

@@ -58,7 +58,7 @@ public:
     static constexpr double kLegendSample = 18;
 
 private:
-    void placeLegendBelow(double top, double width);
+    void placeLegendBelow(double width);
     void placeXLabels(const std::vector<AxisTick>& ticks);
     std::vector<AxisTick> xTicks(int maxTicks) const;
 

@@ -266,18 +266,6 @@ private:
 
 }  // namespace
 
-QPointF Placement::toPixels(double x, double y) const
-{
-    return {plotArea.left() + (x - xMinimum) / (xMaximum - xMinimum) * plotArea.width(),
-            plotArea.bottom() - (y - yMinimum) / (yMaximum - yMinimum) * plotArea.height()};
-}
-
-QPointF Placement::toValues(const QPointF& pixel) const
-{
-    return {xMinimum + (pixel.x() - plotArea.left()) / plotArea.width() * (xMaximum - xMinimum),
-            yMinimum + (plotArea.bottom() - pixel.y()) / plotArea.height() * (yMaximum - yMinimum)};
-}
-
 Placement paint(QPainter& painter, const Chart& chart, const QRectF& area)
 {
     const ChartLayout layout(chart, area);

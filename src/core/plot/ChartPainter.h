@@ -22,10 +22,6 @@ struct Placement {
     double yMinimum = 0;
     double yMaximum = 1;
     std::vector<QRectF> labelBoxes;
-
-    QPointF toPixels(double x, double y) const;
-    // The axes' values at a point of the picture (x, y).
-    QPointF toValues(const QPointF& pixel) const;
 };
 
 // Draws `chart` into `area` (logical pixels of the painter) and says where.

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <QColor>
 #include <QtGlobal>
 
 // Colours as the settings and the Traces table keep them: 24-bit RGB
@@ -16,6 +17,12 @@ constexpr quint32 toRgb(qint32 stored)
 {
     const auto bits = quint32(stored);
     return (bits & 0xFF) << 16 | (bits & 0xFF00) | (bits >> 16 & 0xFF);
+}
+
+// The colour as Qt draws it.
+inline QColor toColour(qint32 stored)
+{
+    return QColor::fromRgb(toRgb(stored));
 }
 
 }  // namespace StoredColour
