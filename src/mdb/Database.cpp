@@ -282,6 +282,28 @@ Result<std::vector<Row>> Database::find(const TableDefinition& table, const std:
     return findRows(*this, pages, table, indexName, key);
 }
 
+namespace {
+
+// Asks the pager for the data pages of the rows from `first` on, up to
+// kPrefetchedPages different pages; returns where the next request begins.
+std::size_t prefetchPages(Pager& pager, const std::vector<RowPointer>& rows, std::size_t first)
+{
+    constexpr std::size_t kPrefetchedPages = 64;
+    std::vector<uint32_t> pages;
+    std::size_t end = first;
+    for (; end < rows.size(); ++end) {
+        if (pages.empty() || pages.back() != rows[end].page) {
+            if (pages.size() == kPrefetchedPages)
+                break;
+            pages.push_back(rows[end].page);
+        }
+    }
+    pager.prefetch(std::move(pages));
+    return end;
+}
+
+}  // namespace
+
 Status Database::scanRange(const TableDefinition& table, const std::string& indexName,
                            const std::vector<Value>& low, const std::vector<Value>& high,
                            const std::function<bool(const Row&)>& visit, const std::vector<std::string>& columns)
@@ -313,7 +335,11 @@ Status Database::scanRange(const TableDefinition& table, const std::string& inde
     RowReader reader(*pager_);
     Row row;
     row.values.resize(table.columns.size());
-    for (RowPointer pointer : *pointers) {
+    std::size_t prefetched = 0;  // the rows whose pages have been asked for
+    for (std::size_t i = 0; i < pointers->size(); ++i) {
+        const RowPointer pointer = (*pointers)[i];
+        if (i == prefetched)
+            prefetched = prefetchPages(*pager_, *pointers, i);
         auto bytes = reader.read(pointer);
         if (!bytes)
             return within("table " + table.name, bytes.error());

@@ -1,5 +1,7 @@
 #include "mdb/Pager.h"
 
+#include <algorithm>
+
 namespace mdb {
 
 Pager::Pager(File& file, const Layout& layout, uint32_t pageCount)
@@ -24,6 +26,31 @@ Result<PageBytes> Pager::read(uint32_t pageNumber)
         return within("page " + std::to_string(pageNumber), read.error());
     remember(pageNumber, bytes);
     return PageBytes(bytes);
+}
+
+void Pager::prefetch(std::vector<uint32_t> pageNumbers)
+{
+    std::erase_if(pageNumbers, [this](uint32_t page) {
+        return page >= pageCount_ || changed_.contains(page) || cache_.contains(page);
+    });
+    std::sort(pageNumbers.begin(), pageNumbers.end());
+    pageNumbers.erase(std::unique(pageNumbers.begin(), pageNumbers.end()), pageNumbers.end());
+    pageNumbers.resize(std::min(pageNumbers.size(), kCachedPages / 2));
+    const std::size_t size = layout_.pageSize;
+    std::vector<uint8_t> run;
+    for (std::size_t first = 0; first < pageNumbers.size();) {
+        std::size_t end = first + 1;
+        while (end < pageNumbers.size() && pageNumbers[end] == pageNumbers[end - 1] + 1)
+            ++end;
+        run.resize((end - first) * size);
+        if (file_.read(uint64_t(pageNumbers[first]) * size, run)) {
+            for (std::size_t i = first; i < end; ++i) {
+                const auto at = run.begin() + std::ptrdiff_t((i - first) * size);
+                remember(pageNumbers[i], std::make_shared<std::vector<uint8_t>>(at, at + std::ptrdiff_t(size)));
+            }
+        }
+        first = end;
+    }
 }
 
 void Pager::remember(uint32_t pageNumber, PageBytes bytes)

@@ -42,6 +42,11 @@ public:
     // not be read.
     Result<PageBytes> read(uint32_t pageNumber);
 
+    // Brings the pages into the cache ahead of their reads, pages that
+    // follow one another in the file with one read each. At most
+    // kCachedPages / 2 of them are kept; pages outside the file, and read
+    // failures, are left for read() to report.
+    void prefetch(std::vector<uint32_t> pageNumbers);
     // The page's bytes for changing: a copy private to the pending changes.
     Result<std::vector<uint8_t>*> modify(uint32_t pageNumber);
     // A new zero-filled page at the end of the file, part of the pending changes.
