@@ -248,6 +248,28 @@ TEST(ChartPictures, FewColoursAreKeptExactly)
     EXPECT_EQ(image.pixel(0, 9), qRgb(0x20, 0x18, 0x14));
 }
 
+// More colours than a palette holds: the exact ones stay exact, every
+// other pixel gets a colour close to its own.
+TEST(ChartPictures, ManyColoursGetTheNearestPaletteColour)
+{
+    constexpr int kWidth = 64, kHeight = 64;
+    std::vector<quint32> pixels(kWidth * kHeight);
+    for (int i = 0; i < kWidth * kHeight; ++i)  // 4,096 colours spread over the colour cube
+        pixels[std::size_t(i)] = 0xff000000u | quint32((i * 37) % 256) << 16 | quint32((i * 11) % 256) << 8 | quint32(i % 256);
+    pixels[100] = 0xff123456;
+    const QByteArray gif = GifFile::encode({kWidth, kHeight, pixels.data()}, {0x123456});
+    QImage image;
+    ASSERT_TRUE(image.loadFromData(gif, "GIF"));
+    EXPECT_EQ(image.pixel(100 % kWidth, 100 / kWidth), qRgb(0x12, 0x34, 0x56));
+    int worst = 0;
+    for (int i = 0; i < kWidth * kHeight; ++i) {
+        const QRgb original = pixels[std::size_t(i)], got = image.pixel(i % kWidth, i / kWidth);
+        worst = std::max({worst, std::abs(qRed(original) - qRed(got)), std::abs(qGreen(original) - qGreen(got)),
+                          std::abs(qBlue(original) - qBlue(got))});
+    }
+    EXPECT_LE(worst, 96) << "a colour far from every palette entry";
+}
+
 // Pale trace colours are darkened on a light background (yellow on white
 // would not show); colours that show already are kept exactly.
 TEST(ChartPictures, PaleColoursAreDrawnLegibly)

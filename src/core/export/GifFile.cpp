@@ -3,25 +3,17 @@
 #include <QFile>
 #include <QTemporaryFile>
 
-#include <gd.h>
+#include <gif_lib.h>
 
 #include <algorithm>
+#include <array>
 #include <cerrno>
 #include <cstdio>
 #include <cstring>
-#include <limits>
-#include <memory>
-#include <optional>
-#include <unordered_map>
 
 namespace GifFile {
 
 namespace {
-
-struct ImageDeleter {
-    void operator()(gdImage* image) const { gdImageDestroy(image); }
-};
-using Image = std::unique_ptr<gdImage, ImageDeleter>;
 
 int red(quint32 pixel) { return int(pixel >> 16 & 0xFF); }
 int green(quint32 pixel) { return int(pixel >> 8 & 0xFF); }
@@ -29,133 +21,222 @@ int blue(quint32 pixel) { return int(pixel & 0xFF); }
 
 // Colours that differ only in the lowest three bits of each channel share a
 // bucket: 32,768 buckets in all.
-int bucketOf(quint32 pixel)
+constexpr std::size_t kBuckets = 32768;
+
+std::size_t bucketOf(quint32 pixel)
 {
-    return int((pixel >> 9 & 0x7C00) | (pixel >> 6 & 0x03E0) | (pixel >> 3 & 0x001F));
+    return std::size_t((pixel >> 9 & 0x7C00) | (pixel >> 6 & 0x03E0) | (pixel >> 3 & 0x001F));
 }
 
-// The pixels of one bucket: how many, and the sums of their channels.
+// The pixels of one bucket: how many, the sums of their channels, and
+// whether they are all of one colour (`first`).
 struct Bucket {
     quint32 count = 0;
-    quint64 red = 0, green = 0, blue = 0;
+    quint32 first = 0;
+    bool oneColour = true;
+    quint64 redSum = 0, greenSum = 0, blueSum = 0;
+
+    void add(quint32 rgb, quint32 pixels)
+    {
+        if (count == 0)
+            first = rgb;
+        else if (rgb != first)
+            oneColour = false;
+        count += pixels;
+        redSum += quint64(red(rgb)) * pixels;
+        greenSum += quint64(green(rgb)) * pixels;
+        blueSum += quint64(blue(rgb)) * pixels;
+    }
 
     quint32 mean() const
     {
-        return quint32(red / count) << 16 | quint32(green / count) << 8 | quint32(blue / count);
+        return quint32(redSum / count) << 16 | quint32(greenSum / count) << 8 | quint32(blueSum / count);
     }
 };
 
+// The buckets in use, in the order first met; `slotOf` finds a bucket's
+// place among them (-1: not in use).
 struct Histogram {
-    std::vector<Bucket> buckets = std::vector<Bucket>(32768);
-    int used = 0;  // buckets holding a pixel
+    std::vector<Bucket> buckets;
+    std::vector<std::size_t> bucketNumbers;
+    std::vector<qint16> slotOf = std::vector<qint16>(kBuckets, -1);
+    bool exact = true;  // every bucket in use holds one colour only
+
+    void add(quint32 rgb, quint32 pixels)
+    {
+        const std::size_t number = bucketOf(rgb);
+        qint16& slot = slotOf[number];
+        if (slot < 0) {
+            slot = qint16(buckets.size());
+            buckets.emplace_back();
+            bucketNumbers.push_back(number);
+        }
+        Bucket& bucket = buckets[std::size_t(slot)];
+        bucket.add(rgb, pixels);
+        exact = exact && bucket.oneColour;
+    }
 };
 
+// One pass over the picture. Runs of one colour (most of a chart is
+// background) are counted as a run.
 Histogram histogramOf(const PixelRows& picture)
 {
     Histogram histogram;
     const std::size_t count = std::size_t(picture.width) * std::size_t(picture.height);
+    quint32 run = picture.pixels[0] & 0xFFFFFF;
+    quint32 length = 0;
     for (std::size_t i = 0; i < count; ++i) {
-        const quint32 pixel = picture.pixels[i];
-        Bucket& bucket = histogram.buckets[std::size_t(bucketOf(pixel))];
-        if (bucket.count++ == 0)
-            ++histogram.used;
-        bucket.red += quint64(red(pixel));
-        bucket.green += quint64(green(pixel));
-        bucket.blue += quint64(blue(pixel));
+        const quint32 rgb = picture.pixels[i] & 0xFFFFFF;
+        if (rgb != run) {
+            histogram.add(run, length);
+            run = rgb;
+            length = 0;
+        }
+        ++length;
     }
+    histogram.add(run, length);
     return histogram;
 }
 
-// The picture's colours and their palette index, when there are at most 256.
-std::optional<std::unordered_map<quint32, int>> fewColours(const PixelRows& picture)
+// A palette and the entry each bucket's pixels take.
+struct Palette {
+    std::vector<quint32> colours;
+    std::vector<quint8> entryOf = std::vector<quint8>(kBuckets, 0);
+};
+
+// At most 256 buckets, each of one colour: every colour exactly.
+Palette exactPalette(const Histogram& histogram)
 {
-    std::unordered_map<quint32, int> colours;
-    colours.reserve(512);
-    const std::size_t count = std::size_t(picture.width) * std::size_t(picture.height);
-    for (std::size_t i = 0; i < count; ++i) {
-        const quint32 rgb = picture.pixels[i] & 0xFFFFFF;
-        if (colours.try_emplace(rgb, int(colours.size())).second && colours.size() > 256)
-            return std::nullopt;
+    Palette palette;
+    for (std::size_t slot = 0; slot < histogram.buckets.size(); ++slot) {
+        palette.entryOf[histogram.bucketNumbers[slot]] = quint8(slot);
+        palette.colours.push_back(histogram.buckets[slot].first);
     }
-    return colours;
+    return palette;
 }
 
-Image exactPalette(const PixelRows& picture, const std::unordered_map<quint32, int>& colours)
-{
-    Image image(gdImageCreate(picture.width, picture.height));
-    std::vector<std::pair<int, quint32>> byIndex;
-    for (const auto& [rgb, index] : colours)
-        byIndex.emplace_back(index, rgb);
-    std::sort(byIndex.begin(), byIndex.end());
-    for (const auto& entry : byIndex)
-        gdImageColorAllocate(image.get(), red(entry.second), green(entry.second), blue(entry.second));
-    for (int y = 0; y < picture.height; ++y) {
-        const quint32* row = picture.pixels + std::size_t(y) * std::size_t(picture.width);
-        for (int x = 0; x < picture.width; ++x)
-            image->pixels[y][x] = static_cast<unsigned char>(colours.at(row[x] & 0xFFFFFF));
-    }
-    return image;
-}
-
-int nearest(quint32 colour, const std::vector<quint32>& palette)
-{
-    int best = 0;
-    int bestDistance = std::numeric_limits<int>::max();
-    for (int p = 0; p < int(palette.size()); ++p) {
-        const quint32 entry = palette[std::size_t(p)];
-        const int dr = red(colour) - red(entry), dg = green(colour) - green(entry), db = blue(colour) - blue(entry);
-        const int distance = dr * dr + dg * dg + db * db;
-        if (distance < bestDistance) {
-            best = p;
-            bestDistance = distance;
+// The palette's channels side by side in arrays of a fixed size, so that
+// the distances to all its entries are worked out in one vectorised loop.
+class NearestEntry {
+public:
+    explicit NearestEntry(const std::vector<quint32>& palette)
+    {
+        reds_.fill(kFarAway);  // entries past the palette's end are never nearest
+        greens_.fill(kFarAway);
+        blues_.fill(kFarAway);
+        for (std::size_t p = 0; p < palette.size() && p < kEntries; ++p) {
+            reds_[p] = float(red(palette[p]));
+            greens_[p] = float(green(palette[p]));
+            blues_[p] = float(blue(palette[p]));
         }
     }
-    return best;
-}
 
-// More than 256 colours (the smoothed edges of lines and letters): the
-// palette holds the exact colours first, then the mean colours of the
-// fullest buckets; each pixel takes the entry chosen for its bucket, which
-// for a bucket holding an exact colour is that colour.
-Image reducedPalette(const PixelRows& picture, const std::vector<quint32>& exact, const Histogram& histogram)
+    int of(quint32 colour)
+    {
+        const float r = float(red(colour)), g = float(green(colour)), b = float(blue(colour));
+        std::array<float, kLanes> least;
+        least.fill(kFarAway);
+        for (std::size_t p = 0; p < kEntries; p += kLanes) {
+            for (std::size_t lane = 0; lane < kLanes; ++lane) {
+                const float dr = r - reds_[p + lane], dg = g - greens_[p + lane], db = b - blues_[p + lane];
+                const float distance = dr * dr + dg * dg + db * db;
+                distances_[p + lane] = distance;
+                least[lane] = distance < least[lane] ? distance : least[lane];
+            }
+        }
+        const float nearest = *std::min_element(least.begin(), least.end());
+        return int(std::find(distances_.begin(), distances_.end(), nearest) - distances_.begin());
+    }
+
+private:
+    static constexpr std::size_t kEntries = 256;
+    static constexpr std::size_t kLanes = 8;
+    static constexpr float kFarAway = 1e6f;
+    // Floats: exact for these whole numbers, and four to an SSE2 register.
+    std::array<float, kEntries> reds_{}, greens_{}, blues_{}, distances_{};
+};
+
+// More colours (the smoothed edges of lines and letters): the exact colours
+// first, then the mean colours of the fullest buckets; a bucket holding an
+// exact colour takes that colour, every other bucket its own entry or, once
+// the palette is full, the nearest one.
+Palette reducedPalette(const Histogram& histogram, const std::vector<quint32>& exact)
 {
-    const std::vector<Bucket>& buckets = histogram.buckets;
-    std::vector<quint32> palette;
-    std::vector<int> lookup(buckets.size(), -1);
+    Palette palette;
+    std::vector<bool> placed(kBuckets, false);
     for (quint32 colour : exact) {
         colour &= 0xFFFFFF;
-        if (palette.size() == 256 || std::find(palette.begin(), palette.end(), colour) != palette.end())
+        const std::size_t number = bucketOf(colour);
+        if (palette.colours.size() == 256 || placed[number])
             continue;
-        lookup[std::size_t(bucketOf(colour))] = int(palette.size());
-        palette.push_back(colour);
+        palette.entryOf[number] = quint8(palette.colours.size());
+        placed[number] = true;
+        palette.colours.push_back(colour);
     }
-    std::vector<int> fullest;
-    for (int b = 0; b < int(buckets.size()); ++b) {
-        if (buckets[std::size_t(b)].count > 0 && lookup[std::size_t(b)] < 0)
-            fullest.push_back(b);
+    std::vector<std::size_t> fullest;  // slots
+    for (std::size_t slot = 0; slot < histogram.buckets.size(); ++slot) {
+        if (!placed[histogram.bucketNumbers[slot]])
+            fullest.push_back(slot);
     }
-    std::sort(fullest.begin(), fullest.end(),
-              [&buckets](int a, int b) { return buckets[std::size_t(a)].count > buckets[std::size_t(b)].count; });
-    for (int b : fullest) {
-        if (palette.size() == 256)
-            break;
-        lookup[std::size_t(b)] = int(palette.size());
-        palette.push_back(buckets[std::size_t(b)].mean());
+    const std::vector<Bucket>& buckets = histogram.buckets;
+    std::stable_sort(fullest.begin(), fullest.end(),
+                     [&buckets](std::size_t a, std::size_t b) { return buckets[a].count > buckets[b].count; });
+    const std::size_t kept = std::min<std::size_t>(fullest.size(), 256 - palette.colours.size());
+    for (std::size_t i = 0; i < kept; ++i) {
+        palette.entryOf[histogram.bucketNumbers[fullest[i]]] = quint8(palette.colours.size());
+        palette.colours.push_back(buckets[fullest[i]].mean());
     }
-    for (int b : fullest) {
-        if (lookup[std::size_t(b)] < 0)
-            lookup[std::size_t(b)] = nearest(buckets[std::size_t(b)].mean(), palette);
-    }
+    NearestEntry nearest(palette.colours);
+    for (std::size_t i = kept; i < fullest.size(); ++i)
+        palette.entryOf[histogram.bucketNumbers[fullest[i]]] = quint8(nearest.of(buckets[fullest[i]].mean()));
+    return palette;
+}
 
-    Image image(gdImageCreate(picture.width, picture.height));
-    for (quint32 colour : palette)
-        gdImageColorAllocate(image.get(), red(colour), green(colour), blue(colour));
-    for (int y = 0; y < picture.height; ++y) {
+int appendTo(GifFileType* gif, const GifByteType* bytes, int length)
+{
+    static_cast<QByteArray*>(gif->UserData)->append(reinterpret_cast<const char*>(bytes), length);
+    return length;
+}
+
+// The GIF colour table: a power of two of entries, at least two.
+ColorMapObject* colourMap(const std::vector<quint32>& colours)
+{
+    int size = 2;
+    while (size < int(colours.size()))
+        size *= 2;
+    std::vector<GifColorType> entries(std::size_t(size), GifColorType{0, 0, 0});
+    for (std::size_t i = 0; i < colours.size(); ++i)
+        entries[i] = {GifByteType(red(colours[i])), GifByteType(green(colours[i])), GifByteType(blue(colours[i]))};
+    return GifMakeMapObject(size, entries.data());
+}
+
+QByteArray encodeIndexed(const PixelRows& picture, const Palette& palette)
+{
+    QByteArray bytes;
+    int error = 0;
+    GifFileType* gif = EGifOpen(&bytes, appendTo, &error);
+    if (!gif)
+        return {};
+    ColorMapObject* map = colourMap(palette.colours);
+    bool written = map && EGifPutScreenDesc(gif, picture.width, picture.height, 8, 0, map) == GIF_OK &&
+                   EGifPutImageDesc(gif, 0, 0, picture.width, picture.height, false, nullptr) == GIF_OK;
+    std::vector<GifPixelType> line(std::size_t(picture.width));
+    for (int y = 0; written && y < picture.height; ++y) {
         const quint32* row = picture.pixels + std::size_t(y) * std::size_t(picture.width);
-        for (int x = 0; x < picture.width; ++x)
-            image->pixels[y][x] = static_cast<unsigned char>(lookup[std::size_t(bucketOf(row[x]))]);
+        quint32 previous = ~row[0];
+        GifPixelType entry = 0;
+        for (int x = 0; x < picture.width; ++x) {
+            if (row[x] != previous) {
+                previous = row[x];
+                entry = palette.entryOf[bucketOf(previous)];
+            }
+            line[std::size_t(x)] = entry;
+        }
+        written = EGifPutLine(gif, line.data(), picture.width) == GIF_OK;
     }
-    return image;
+    GifFreeMapObject(map);
+    written = EGifCloseFile(gif, &error) == GIF_OK && written;
+    return written ? bytes : QByteArray();
 }
 
 }  // namespace
@@ -164,18 +245,10 @@ QByteArray encode(const PixelRows& picture, const std::vector<quint32>& exact)
 {
     if (picture.width <= 0 || picture.height <= 0 || !picture.pixels)
         return {};
-    // More buckets in use than 256 means more colours than 256: no need to count them.
     const Histogram histogram = histogramOf(picture);
-    const auto colours = histogram.used <= 256 ? fewColours(picture) : std::nullopt;
-    Image image = colours ? exactPalette(picture, *colours) : reducedPalette(picture, exact, histogram);
-    gdImageColorTransparent(image.get(), -1);
-    int size = 0;
-    void* bytes = gdImageGifPtr(image.get(), &size);
-    QByteArray gif(static_cast<const char*>(bytes), size);
-    gdFree(bytes);
-    return gif;
+    const bool fewColours = histogram.exact && histogram.buckets.size() <= 256;
+    return encodeIndexed(picture, fewColours ? exactPalette(histogram) : reducedPalette(histogram, exact));
 }
-
 bool write(const QString& path, const PixelRows& picture, const std::vector<quint32>& exact, QString& error)
 {
     const QByteArray gif = encode(picture, exact);

@@ -19,10 +19,13 @@ constexpr int kGridAlpha = 45;
 constexpr double kMarkerRadius = 3.5;
 constexpr double kLegibleContrast = 2.4;  // between a line and its background
 
-QColor withAlpha(QColor colour, int alpha)
+// `colour` laid over `background` at `alpha` (0-255), as one opaque colour:
+// the raster engine blends translucent pens far more slowly than it fills.
+QColor over(const QColor& colour, const QColor& background, int alpha)
 {
-    colour.setAlpha(alpha);
-    return colour;
+    const auto mix = [alpha](int top, int bottom) { return (top * alpha + bottom * (255 - alpha) + 127) / 255; };
+    return QColor(mix(colour.red(), background.red()), mix(colour.green(), background.green()),
+                  mix(colour.blue(), background.blue()));
 }
 
 // The relative luminance of a colour, as the contrast of screen text is measured.
@@ -71,10 +74,11 @@ public:
 
 private:
     QColor ink(const QColor& colour) const { return legible(colour, chart_.background); }
+    QColor faint(const QColor& colour, int alpha) const { return over(colour, chart_.background, alpha); }
 
     void paintGrid()
     {
-        painter_.setPen(QPen(withAlpha(chart_.text, kGridAlpha), 1));
+        painter_.setPen(QPen(faint(chart_.text, kGridAlpha), 1));
         const QRectF plot = layout_.plot();
         for (const double x : layout_.xGrid()) {
             const double at = layout_.toPixels(x, 0).x();
@@ -113,11 +117,11 @@ private:
     void paintBars()
     {
         const double base = std::clamp(0.0, layout_.yMinimum(), layout_.yMaximum());
-        painter_.setPen(QPen(withAlpha(chart_.text, 90), 1));
         for (const BarSeries& series : chart_.bars) {
             for (const Bar& bar : series.bars) {
                 const QPointF a = layout_.toPixels(bar.x - series.width / 2, base);
                 const QPointF b = layout_.toPixels(bar.x + series.width / 2, bar.value);
+                painter_.setPen(QPen(bar.colour.darker(150), 1));  // a white bar still shows its edge
                 painter_.setBrush(bar.colour);
                 painter_.drawRect(QRectF(a, b).normalized());
             }
@@ -139,21 +143,25 @@ private:
     {
         const QPointF centre = layout_.plot().center();
         const double radius = layout_.plot().width() / 2;
-        painter_.setPen(QPen(withAlpha(chart_.text, kGridAlpha * 2), 1));
+        const PolarSeries& polar = *chart_.polar;
+        QPolygonF outline;
+        for (const Spoke& spoke : polar.spokes)
+            outline << layout_.toPixels(spoke.degrees, std::max(0.0, spoke.value));
+        const QColor colour = ink(polar.colour);
+        // The area first, so that the rings and spokes show through it.
+        painter_.setPen(Qt::NoPen);
+        painter_.setBrush(faint(colour, 90));
+        painter_.drawPolygon(outline);
+        painter_.setBrush(Qt::NoBrush);
+        painter_.setPen(QPen(faint(chart_.text, kGridAlpha * 2), 1));
         for (const double ring : layout_.yGrid()) {
             const double r = ring / layout_.yMaximum() * radius;
             painter_.drawEllipse(centre, r, r);
         }
         painter_.drawEllipse(centre, radius, radius);
-        const PolarSeries& polar = *chart_.polar;
         for (const Spoke& spoke : polar.spokes)
             painter_.drawLine(centre, layout_.toPixels(spoke.degrees, layout_.yMaximum()));
-        QPolygonF outline;
-        for (const Spoke& spoke : polar.spokes)
-            outline << layout_.toPixels(spoke.degrees, std::max(0.0, spoke.value));
-        const QColor colour = ink(polar.colour);
         painter_.setPen(QPen(colour, 1.5));
-        painter_.setBrush(withAlpha(colour, 90));
         painter_.drawPolygon(outline);
         painter_.setBrush(colour);
         for (const QPointF& point : outline)
