@@ -1,6 +1,7 @@
 #include "app/CommandLine.h"
 
 #include "app/GraphCommand.h"
+#include "app/SummaryCommand.h"
 
 #include "app/DatabaseBench.h"
 
@@ -59,6 +60,11 @@ const char* const kUsage =
     "  --demo --speed N     the same with the demo's clock N times faster (1 to 600): at\n"
     "                       60 a ten-minute mark, with its logging, feed and pictures,\n"
     "                       comes every ten seconds.\n"
+    "  summary maxmin|wind|rain|month|year DATABASE SOURCE ...\n"
+    "                       a source's daily extremes, a day's wind, a month's rain\n"
+    "                       days, or a month's or year's climate summary, as a table\n"
+    "                       (--csv), the first three also as a GIF (--picture OUT.gif);\n"
+    "                       nimbrel summary --help says more.\n"
     "  bench db [FOLDER]    build a ten-year database (in FOLDER, kept, or in a\n"
     "                       temporary folder) and time logging a reading,\n"
     "                       reading a day, a month and a year of one quantity,\n"
@@ -353,13 +359,13 @@ bool isCommand(const QStringList& arguments)
         return false;
     const QString& command = arguments.at(1);
     static const QStringList commands{"--help",    "-h",        "--version", "read", "mdb-dump",
-                                      "create-db", "verify-db", "bench",     "simulate", "export-graph"};
+                                      "create-db", "verify-db", "bench",     "simulate", "export-graph", "summary"};
     return commands.contains(command);
 }
 
 bool drawsPictures(const QStringList& arguments)
 {
-    return arguments.value(1) == u"export-graph" || arguments.value(1) == u"bench";
+    return arguments.value(1) == u"export-graph" || arguments.value(1) == u"bench" || arguments.value(1) == u"summary";
 }
 
 int refuse(const QStringList& arguments)
@@ -391,6 +397,11 @@ int run(const QStringList& arguments)
     if (command == u"export-graph") {
         QTextStream errors(stderr);
         return GraphCommand::run(arguments.mid(2), errors);
+    }
+    if (command == u"summary") {
+        QTextStream out(stdout);
+        QTextStream errors(stderr);
+        return SummaryCommand::run(arguments.mid(2), out, errors);
     }
     QTextStream(stdout) << kUsage;
     return 0;

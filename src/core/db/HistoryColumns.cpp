@@ -24,6 +24,24 @@ int minutesOf(const std::string& text)
     return hours * 60 + minutes;
 }
 
+// "dd.mm.yyyy" as a Julian day number; 0 for any other text.
+qint32 dayOf(const std::string& text)
+{
+    if (text.size() != 10 || text[2] != '.' || text[5] != '.')
+        return 0;
+    const auto number = [&text](std::size_t from, std::size_t length) {
+        int value = 0;
+        for (std::size_t i = from; i < from + length; ++i) {
+            if (text[i] < '0' || text[i] > '9')
+                return -1;
+            value = value * 10 + (text[i] - '0');
+        }
+        return value;
+    };
+    const QDate day(number(6, 4), number(3, 2), number(0, 2));
+    return day.isValid() ? qint32(day.toJulianDay()) : 0;
+}
+
 double numberOf(const mdb::Value& value, bool compass)
 {
     if (const auto* number = std::get_if<double>(&value))
@@ -37,7 +55,7 @@ double numberOf(const mdb::Value& value, bool compass)
 
 mdb::Result<HistoryColumns> readPart(const QString& databasePath, qint32 sourceID, const QDateTime& from,
                                      const QDateTime& to, const QStringList& columns, bool withStability,
-                                     const Environment& environment)
+                                     const Environment& environment, bool withDayText)
 {
     auto session = DatabaseSession::open(databasePath, DatabaseSession::Access::Read, environment);
     if (!session)
@@ -45,11 +63,15 @@ mdb::Result<HistoryColumns> readPart(const QString& databasePath, qint32 sourceI
     QStringList read = QStringList(columns) << "TimeText";
     if (withStability)
         read << "Stability";
-    auto table = (*session)->table("History", QStringList(read) << "SourceID" << "DateRead" << "Stability");
+    if (withDayText)
+        read << "DateText";
+    auto table = (*session)->table("History", QStringList(read) << "SourceID" << "DateRead" << "Stability"
+                                                                << "DateText");
     if (!table)
         return table.error();
     const auto at = [&table](const QString& column) { return std::size_t(table->position(column)); };
     const std::size_t stampAt = at("DateRead"), textAt = at("TimeText"), stabilityAt = at("Stability");
+    const std::size_t dayTextAt = at("DateText");
     std::vector<std::size_t> valueAt;
     std::vector<bool> compass;
     for (const QString& column : columns) {
@@ -73,6 +95,10 @@ mdb::Result<HistoryColumns> readPart(const QString& databasePath, qint32 sourceI
         const std::optional<double> stability =
             withStability ? ColumnValues::asNumber(row.values[stabilityAt]) : std::nullopt;
         rows.stability.push_back(stability ? qint16(*stability) : HistoryColumns::kNoStability);
+        if (withDayText) {
+            const auto* day = std::get_if<std::string>(&row.values[dayTextAt]);
+            rows.dayTexts.push_back(day ? dayOf(*day) : 0);
+        }
         for (std::size_t c = 0; c < valueAt.size(); ++c)
             rows.values[c].push_back(numberOf(row.values[valueAt[c]], compass[c]));
         return true;
@@ -85,6 +111,14 @@ mdb::Result<HistoryColumns> readPart(const QString& databasePath, qint32 sourceI
 }
 
 }  // namespace
+
+qint64 HistoryColumns::storedDay(std::size_t row) const
+{
+    if (row < dayTexts.size() && dayTexts[row] != 0)
+        return dayTexts[row];
+    static const qint64 dayZero = QDate(1899, 12, 30).toJulianDay();  // stored times count days from it
+    return dayZero + qint64(std::floor(stamps.at(row)));
+}
 
 QString HistoryColumns::timeText(std::size_t row) const
 {
@@ -102,6 +136,7 @@ void HistoryColumns::append(HistoryColumns&& later)
     stamps.insert(stamps.end(), later.stamps.begin(), later.stamps.end());
     minutes.insert(minutes.end(), later.minutes.begin(), later.minutes.end());
     stability.insert(stability.end(), later.stability.begin(), later.stability.end());
+    dayTexts.insert(dayTexts.end(), later.dayTexts.begin(), later.dayTexts.end());
     for (auto& [row, text] : later.otherTimeTexts)
         otherTimeTexts.emplace_back(row + shift, std::move(text));
     values.resize(std::max(values.size(), later.values.size()));
@@ -111,17 +146,18 @@ void HistoryColumns::append(HistoryColumns&& later)
 
 mdb::Result<HistoryColumns> readHistoryColumns(const QString& databasePath, qint32 sourceID, const QDateTime& from,
                                                const QDateTime& to, const QStringList& columns,
-                                               bool withStability, const Environment& environment)
+                                               bool withStability, const Environment& environment,
+                                               bool withDayText)
 {
     const qint64 days = from.daysTo(to);
     if (days < kDaysWorthTwoThreads || std::thread::hardware_concurrency() < 2)
-        return readPart(databasePath, sourceID, from, to, columns, withStability, environment);
+        return readPart(databasePath, sourceID, from, to, columns, withStability, environment, withDayText);
     // Two halves at once: until the last second before the middle day, and from it.
     const QDateTime middle(from.date().addDays(days / 2), QTime(0, 0));
     std::optional<mdb::Result<HistoryColumns>> later;
     std::thread second(
-        [&] { later = readPart(databasePath, sourceID, middle, to, columns, withStability, environment); });
-    auto first = readPart(databasePath, sourceID, from, middle.addSecs(-1), columns, withStability, environment);
+        [&] { later = readPart(databasePath, sourceID, middle, to, columns, withStability, environment, withDayText); });
+    auto first = readPart(databasePath, sourceID, from, middle.addSecs(-1), columns, withStability, environment, withDayText);
     second.join();
     if (!first)
         return first.error();
