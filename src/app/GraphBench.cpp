@@ -8,6 +8,12 @@
 #include "core/settings/SettingsModel.h"
 #include "core/text/Clock.h"
 #include "core/graphs/HistoryChart.h"
+#include "core/plot/ChartPainter.h"
+#include "core/summaries/ClimateSummary.h"
+#include "core/summaries/DailyExtremes.h"
+#include "core/summaries/RainDays.h"
+#include "core/summaries/SummaryCharts.h"
+#include "core/summaries/WindDay.h"
 
 #include <QCoreApplication>
 #include <QDir>
@@ -64,6 +70,41 @@ bool addFavourite(const QString& database, const std::vector<TraceEntry>& traces
         return false;
     session->reset();
     return Favourites::save(database, kFavourite, {false, 364, traces}, environment) != 0;
+}
+
+// The summaries over the bench's readings, each read from the file (open
+// and close included) as the tabs and `nimbrel summary` read them.
+int timeSummaries(const QString& database, const Environment& environment, QTextStream& out, QTextStream& errors)
+{
+    const SummarySource source{"Bench Station", database, 0};
+    const QDate month(2024, 2, 1);
+    std::vector<DayExtremes> year;
+    const auto extremes = medianMs([&] {
+        auto days = readDailyExtremes(source, "OutTemperature", kLastDay.addDays(-364), kLastDay, environment);
+        year = days ? *days : std::vector<DayExtremes>{};
+        return bool(days);
+    });
+    const auto drawn = medianMs([&] {
+        return !plot::draw(SummaryCharts::maxMin({{"Bench Station", "Temperature Out", year}}, {-5, 45}, Qt::black,
+                                                 Qt::white),
+                           {613, 467})
+                    .isNull();
+    });
+    const auto rain = medianMs([&] { return bool(readRainMonth(source, month, environment)); });
+    const auto wind = medianMs([&] { return bool(readWindDay(source, kLastDay, environment)); });
+    const auto climate = medianMs([&] {
+        return bool(readClimateSummary(source, month, month.addMonths(1).addDays(-1), environment));
+    });
+    if (!extremes || !drawn || !rain || !wind || !climate) {
+        errors << "a summary failed\n";
+        return 1;
+    }
+    out << "A year of daily maximum and minimum (" << year.size() << " days) from the file: median "
+        << milliseconds(*extremes) << "; drawn into a 613 x 467 picture: median " << milliseconds(*drawn) << '\n'
+        << "A month of rain days: median " << milliseconds(*rain) << '\n'
+        << "A day's wind summary: median " << milliseconds(*wind) << '\n'
+        << "A month's climate summary: median " << milliseconds(*climate) << '\n';
+    return 0;
 }
 
 }  // namespace
@@ -134,6 +175,9 @@ int runGraphBench(const QString& databasePath, QTextStream& out, QTextStream& er
     const auto drawing = medianMs([&] { return !renderer.render(*drawn.data(), request).isNull(); });
     out << "Four-trace graph of a year drawn into a 613 x 467 picture (readings already read): median "
         << milliseconds(drawing.value_or(0)) << '\n';
+
+    if (int failed = timeSummaries(databasePath, environment, out, errors))
+        return failed;
 
     const QString program = QCoreApplication::applicationFilePath();
     const QString settingsFile = QDir(pictures.path()).filePath("bench.ini");
