@@ -65,13 +65,12 @@ mdb::Result<HistoryColumns> readPart(const QString& databasePath, qint32 sourceI
         read << "Stability";
     if (withDayText)
         read << "DateText";
-    auto table = (*session)->table("History", QStringList(read) << "SourceID" << "DateRead" << "Stability"
-                                                                << "DateText");
+    auto table = (*session)->table("History", QStringList(read) << "SourceID" << "DateRead" << "Stability");
     if (!table)
         return table.error();
     const auto at = [&table](const QString& column) { return std::size_t(table->position(column)); };
     const std::size_t stampAt = at("DateRead"), textAt = at("TimeText"), stabilityAt = at("Stability");
-    const std::size_t dayTextAt = at("DateText");
+    const std::size_t dayTextAt = withDayText ? at("DateText") : 0;
     std::vector<std::size_t> valueAt;
     std::vector<bool> compass;
     for (const QString& column : columns) {
