@@ -1,7 +1,7 @@
 #include "app/GraphCommand.h"
 
-#include "core/errors/ErrorReporter.h"
-#include "core/errors/MessageBoxes.h"
+#include "app/ErrorLines.h"
+
 #include "core/export/PictureExport.h"
 #include "core/settings/SettingsModel.h"
 #include "core/sources/SourceLists.h"
@@ -16,22 +16,6 @@
 namespace GraphCommand {
 
 namespace {
-
-// Errors and messages of the command, as lines on standard error.
-class ErrorLines final : public ErrorReporter, public MessageBoxes {
-public:
-    explicit ErrorLines(QTextStream& out) : out_(out) {}
-    void report(const QString& message) override { out_ << QString(message).replace("\r\n", " ").trimmed() << '\n'; }
-    void show(const QString&, const QString& text, Icon) override { report(text); }
-    bool askOkCancel(const QString&, const QString& text) override
-    {
-        report(text);
-        return false;
-    }
-
-private:
-    QTextStream& out_;
-};
 
 struct Options {
     QString database;

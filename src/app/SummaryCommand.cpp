@@ -1,8 +1,9 @@
 #include "app/SummaryCommand.h"
 
-#include "core/errors/ErrorReporter.h"
-#include "core/errors/MessageBoxes.h"
+#include "app/ErrorLines.h"
+
 #include "core/export/GifFile.h"
+#include "core/export/PictureExport.h"
 #include "core/graphs/DataTypes.h"
 #include "core/plot/ChartPainter.h"
 #include "core/settings/SettingsModel.h"
@@ -24,8 +25,6 @@ namespace SummaryCommand {
 
 namespace {
 
-const QSize kPictureSize(613, 467);
-
 const char* const kUsage =
     "Usage:\n"
     "  nimbrel summary maxmin DATABASE SOURCE --from yyyy-MM-dd --to yyyy-MM-dd [--type NAME]\n"
@@ -36,22 +35,6 @@ const char* const kUsage =
     "SOURCE is a source's name or number. Options: --csv (comma-separated),\n"
     "--picture OUT.gif (maxmin, wind and rain: the chart as a GIF),\n"
     "--settings FILE (the preferences to use for axes and colours).\n";
-
-// Errors of the command, one line each on standard error.
-class ErrorLines final : public ErrorReporter, public MessageBoxes {
-public:
-    explicit ErrorLines(QTextStream& out) : out_(out) {}
-    void report(const QString& message) override { out_ << QString(message).replace("\r\n", " ").trimmed() << '\n'; }
-    void show(const QString&, const QString& text, Icon) override { report(text); }
-    bool askOkCancel(const QString&, const QString& text) override
-    {
-        report(text);
-        return false;
-    }
-
-private:
-    QTextStream& out_;
-};
 
 class UsageError {
 public:
@@ -103,11 +86,9 @@ std::optional<SummarySource> findSource(const QString& database, const QString& 
 
 bool writeGif(const plot::Chart& chart, const QString& path, QTextStream& errors)
 {
-    const QImage image = plot::draw(chart, kPictureSize).convertToFormat(QImage::Format_RGB32);
-    std::vector<quint32> exact = {chart.background.rgb() & 0xFFFFFF, chart.text.rgb() & 0xFFFFFF};
-    const PixelRows rows{image.width(), image.height(), reinterpret_cast<const quint32*>(image.constBits())};
+    const std::vector<quint32> exact = {chart.background.rgb() & 0xFFFFFF, chart.text.rgb() & 0xFFFFFF};
     QString error;
-    if (!GifFile::write(path, rows, exact, error)) {
+    if (!GifFile::write(path, plot::draw(chart, PictureExport::kPictureSize), exact, error)) {
         errors << "nimbrel summary: " << error << '\n';
         return false;
     }

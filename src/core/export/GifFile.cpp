@@ -273,4 +273,12 @@ bool write(const QString& path, const PixelRows& picture, const std::vector<quin
     return true;
 }
 
+bool write(const QString& path, const QImage& picture, const std::vector<quint32>& exact, QString& error)
+{
+    const QImage image = picture.convertToFormat(QImage::Format_RGB32);
+    // Rows of a 32-bit image follow one another without padding.
+    const PixelRows rows{image.width(), image.height(), reinterpret_cast<const quint32*>(image.constBits())};
+    return write(path, rows, exact, error);
+}
+
 }  // namespace GifFile

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <QByteArray>
+#include <QImage>
 #include <QString>
 #include <QtGlobal>
 
@@ -26,5 +27,7 @@ QByteArray encode(const PixelRows& picture, const std::vector<quint32>& exact = 
 // Writes the GIF to `path`, replacing a file of that name whole (a failure
 // leaves the old file); false with `error` saying why.
 bool write(const QString& path, const PixelRows& picture, const std::vector<quint32>& exact, QString& error);
+// The same for a drawn image, in whatever format it was drawn.
+bool write(const QString& path, const QImage& picture, const std::vector<quint32>& exact, QString& error);
 
 }  // namespace GifFile

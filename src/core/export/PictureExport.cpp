@@ -33,7 +33,6 @@ bool writePicture(const GraphData& data, const QString& path, const GraphColours
                   QString& error)
 {
     const GraphPicture picture = renderer.render(data, request(data, colours));
-    const QImage image = picture.image.convertToFormat(QImage::Format_RGB32);
     const QColor background = StoredColour::toColour(colours.background);
     std::vector<quint32> exact = {StoredColour::toRgb(colours.background), StoredColour::toRgb(colours.text)};
     for (const TraceSeries& series : data.traces) {
@@ -41,9 +40,7 @@ bool writePicture(const GraphData& data, const QString& path, const GraphColours
         const QColor colour = StoredColour::toColour(series.trace.colour);
         exact.push_back(plot::legible(colour, background).rgb() & 0xFFFFFF);
     }
-    // Rows of a 32-bit image follow one another without padding.
-    const PixelRows rows{image.width(), image.height(), reinterpret_cast<const quint32*>(image.constBits())};
-    return GifFile::write(path, rows, exact, error);
+    return GifFile::write(path, picture.image, exact, error);
 }
 
 bool exportPicture(const GraphData& data, int number, const QString& folder, const GraphColours& colours,

@@ -4,6 +4,7 @@
 #include "core/plot/TimeScale.h"
 #include "core/summaries/RainDays.h"
 
+#include <algorithm>
 #include <array>
 #include <cmath>
 
@@ -74,14 +75,14 @@ mdb::Result<ClimateSummary> readClimateSummary(const SummarySource& source, cons
     for (QDate month(first.year(), first.month(), 1); month <= last; month = month.addMonths(1)) {
         const double from = plot::daysOf(month.addDays(-1)) + 9.0 / 24;
         const double to = plot::daysOf(month.addMonths(1)) + 9.0 / 24;
-        std::vector<double> stamps, counters;
-        for (std::size_t i = 0; i < rows->size(); ++i) {
-            if (rows->stamps[i] >= from && rows->stamps[i] < to) {
-                stamps.push_back(rows->stamps[i]);
-                counters.push_back(rows->values[3][i]);
-            }
-        }
-        for (const RainDay& rain : rainDays(month, stamps, counters).days) {
+        // The readings are in time order: the month's are one stretch of them.
+        const auto begin = std::lower_bound(rows->stamps.begin(), rows->stamps.end(), from);
+        const auto end = std::lower_bound(begin, rows->stamps.end(), to);
+        const auto counters = rows->values[3].begin();
+        const std::vector<double> monthStamps(begin, end);
+        const std::vector<double> monthCounters(counters + (begin - rows->stamps.begin()),
+                                                counters + (end - rows->stamps.begin()));
+        for (const RainDay& rain : rainDays(month, monthStamps, monthCounters).days) {
             const qint64 at = first.daysTo(rain.day);
             if (at >= 0 && at < qint64(summary.days.size()))
                 summary.days[std::size_t(at)].rain = rain.rain;

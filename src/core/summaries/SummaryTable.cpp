@@ -45,16 +45,21 @@ QString SummaryTable::toText() const
             widths[c] = std::max(widths[c], row[c].text.size());
     }
     QString text;
-    const auto line = [&](const auto& cellAt, std::size_t count, const auto& isNumber) {
-        QStringList cells;
-        for (std::size_t c = 0; c < count && c < widths.size(); ++c)
-            cells << (isNumber(c) ? cellAt(c).rightJustified(widths[c]) : cellAt(c).leftJustified(widths[c]));
-        text += cells.join("  ").trimmed() + '\n';
+    const auto line = [&text, &widths](const QStringList& cells) {
+        QStringList padded;
+        for (qsizetype c = 0; c < cells.size() && std::size_t(c) < widths.size(); ++c) {
+            const qsizetype width = widths[std::size_t(c)];
+            padded << (c == 0 ? cells[c].leftJustified(width) : cells[c].rightJustified(width));
+        }
+        text += padded.join("  ").trimmed() + '\n';
     };
-    line([this](std::size_t c) { return headers[qsizetype(c)]; }, std::size_t(headers.size()),
-         [](std::size_t c) { return c > 0; });
-    for (const auto& row : rows)
-        line([&row](std::size_t c) { return row[c].text; }, row.size(), [](std::size_t c) { return c > 0; });
+    line(headers);
+    for (const auto& row : rows) {
+        QStringList cells;
+        for (const Cell& cell : row)
+            cells << cell.text;
+        line(cells);
+    }
     for (const QString& extra : foot)
         text += extra + '\n';
     return text;

@@ -25,7 +25,8 @@ struct SummaryTable {
     std::vector<std::vector<Cell>> rows;
     QStringList foot;  // lines below the table: totals and extremes
 
-    // Columns padded to their widest cell, numbers to the right; then the foot.
+    // Columns padded to their widest cell, the first to the left, the others
+    // (numbers, and the direction beside them) to the right; then the foot.
     QString toText() const;
     // A header line and one line per row, comma-separated, quoted where a
     // cell holds a comma or a quote; the foot is left out.
