@@ -1,21 +1,9 @@
 #include "ui/HistoryDataTab.h"
 
-#include "ui/Choosers.h"
-#include "core/errors/MessageBoxes.h"
+#include "ui/DataTableView.h"
 #include "core/text/NumberText.h"
 
-#include <QAction>
-#include <QApplication>
-#include <QClipboard>
-#include <QHBoxLayout>
-#include <QHeaderView>
-#include <QPushButton>
-#include <QSaveFile>
-#include <QSortFilterProxyModel>
-#include <QTableView>
 #include <QVBoxLayout>
-
-#include <map>
 
 void HistoryDataModel::setTable(GraphTable table)
 {
@@ -61,74 +49,16 @@ QVariant HistoryDataModel::headerData(int section, Qt::Orientation orientation, 
     return table_.headers.value(section);
 }
 
-HistoryDataTab::HistoryDataTab(Choosers& choosers, MessageBoxes& boxes, QWidget* parent)
-    : QWidget(parent), choosers_(choosers), boxes_(boxes)
+HistoryDataTab::HistoryDataTab(Choosers& choosers, MessageBoxes& boxes, QWidget* parent) : QWidget(parent)
 {
     model_ = new HistoryDataModel(this);
-    sorted_ = new QSortFilterProxyModel(this);
-    sorted_->setSourceModel(model_);
-    sorted_->setSortRole(Qt::UserRole);
-    view_ = new QTableView(this);
-    view_->setObjectName("historyDataTable");
-    view_->setModel(sorted_);
-    view_->setSortingEnabled(true);
-    view_->sortByColumn(0, Qt::AscendingOrder);
-    view_->setSelectionMode(QAbstractItemView::ExtendedSelection);
-    view_->horizontalHeader()->setSectionResizeMode(QHeaderView::ResizeToContents);
-    view_->verticalHeader()->setDefaultSectionSize(view_->fontMetrics().height() + 6);
-
-    auto* copy = new QAction(tr("Copy"), view_);
-    copy->setShortcut(QKeySequence::Copy);
-    copy->setShortcutContext(Qt::WidgetShortcut);
-    connect(copy, &QAction::triggered, this, &HistoryDataTab::copySelection);
-    view_->addAction(copy);
-    view_->setContextMenuPolicy(Qt::ActionsContextMenu);
-
-    auto* save = new QPushButton(tr("Save as CSV..."), this);
-    save->setObjectName("saveCsvButton");
-    connect(save, &QPushButton::clicked, this, &HistoryDataTab::saveCsv);
-    auto* buttons = new QHBoxLayout;
-    buttons->addStretch();
-    buttons->addWidget(save);
+    table_ = new DataTableView("historyData", model_, [this] { return model_->table().toCsv(); },
+                               tr("Save History Data"), choosers, boxes, this);
     auto* layout = new QVBoxLayout(this);
-    layout->addWidget(view_);
-    layout->addLayout(buttons);
+    layout->addWidget(table_);
 }
 
 void HistoryDataTab::show(const GraphData& data)
 {
     model_->setTable(tableOf(data));
-}
-
-QString HistoryDataTab::selectedText() const
-{
-    std::map<int, std::map<int, QString>> cells;  // row, column: text, in view order
-    for (const QModelIndex& index : view_->selectionModel()->selectedIndexes())
-        cells[index.row()][index.column()] = index.data().toString();
-    QStringList lines;
-    for (const auto& [row, columns] : cells) {
-        QStringList fields;
-        for (const auto& [column, text] : columns)
-            fields << text;
-        lines << fields.join(u'\t');
-    }
-    return lines.join(u'\n');
-}
-
-void HistoryDataTab::copySelection() const
-{
-    QApplication::clipboard()->setText(selectedText());
-}
-
-void HistoryDataTab::saveCsv()
-{
-    QString path = choosers_.newFile(this, tr("Save History Data"), QStringLiteral("CSV File (*.csv)|*.csv"));
-    if (path.isEmpty())
-        return;
-    path = withExtension(path, ".csv");
-    QSaveFile file(path);
-    const QByteArray csv = model_->table().toCsv();
-    if (!file.open(QIODevice::WriteOnly) || file.write(csv) != csv.size() || !file.commit())
-        boxes_.show(tr("Save History Data"), tr("The table could not be saved:\r\n") + path + ": " + file.errorString(),
-                    MessageBoxes::Icon::Exclamation);
 }

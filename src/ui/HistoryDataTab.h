@@ -6,9 +6,8 @@
 #include <QWidget>
 
 class Choosers;
+class DataTableView;
 class MessageBoxes;
-class QSortFilterProxyModel;
-class QTableView;
 
 // The drawn series as a table model: the time, the reading's label and a
 // column per trace. Sorting uses the numbers, not their texts.
@@ -31,8 +30,7 @@ private:
 };
 
 // The "History Data" tab: the table of the drawn series, which the user can
-// sort, select and copy (Ctrl+C copies the selection as tab-separated text),
-// and save as a CSV file.
+// sort, select, copy and save as a CSV file.
 class HistoryDataTab final : public QWidget {
     Q_OBJECT
 
@@ -40,16 +38,9 @@ public:
     HistoryDataTab(Choosers& choosers, MessageBoxes& boxes, QWidget* parent = nullptr);
 
     void show(const GraphData& data);
-    QTableView* view() const { return view_; }
-    // The selected cells as tab-separated lines (as the view shows them).
-    QString selectedText() const;
-    void copySelection() const;
-    void saveCsv();
+    DataTableView* table() const { return table_; }
 
 private:
-    Choosers& choosers_;
-    MessageBoxes& boxes_;
     HistoryDataModel* model_ = nullptr;
-    QSortFilterProxyModel* sorted_ = nullptr;
-    QTableView* view_ = nullptr;
+    DataTableView* table_ = nullptr;
 };

@@ -1,5 +1,6 @@
 #include "ui/HistoryGraphTab.h"
 
+#include "ui/DatePickers.h"
 #include "ui/GraphView.h"
 
 #include <QDateEdit>
@@ -9,24 +10,11 @@
 #include <QSignalBlocker>
 #include <QVBoxLayout>
 
-namespace {
-
-QDateEdit* datePicker(const QString& name, QWidget* parent)
-{
-    auto* picker = new QDateEdit(parent);
-    picker->setObjectName(name);
-    picker->setCalendarPopup(true);
-    picker->setDisplayFormat("dd/MMM/yyyy");
-    return picker;
-}
-
-}  // namespace
-
 HistoryGraphTab::HistoryGraphTab(QWidget* parent) : QWidget(parent)
 {
     using Step = CycleWorker::DateStep;
-    from_ = datePicker("fromDatePicker", this);
-    to_ = datePicker("toDatePicker", this);
+    from_ = DatePickers::day("fromDatePicker", {}, this);
+    to_ = DatePickers::day("toDatePicker", {}, this);
     for (QDateEdit* picker : {from_, to_})
         connect(picker, &QDateEdit::dateChanged, this, [this] { emit rangeEdited(from_->date(), to_->date()); });
     fromBack_ = dayButton("<", "fromBackButton", tr("this trace -1 day"), Step::From, -1);
@@ -63,10 +51,7 @@ HistoryGraphTab::HistoryGraphTab(QWidget* parent) : QWidget(parent)
 QPushButton* HistoryGraphTab::dayButton(const QString& text, const QString& name, const QString& tip,
                                         CycleWorker::DateStep which, int days)
 {
-    auto* button = new QPushButton(text, this);
-    button->setObjectName(name);
-    button->setToolTip(tip);
-    button->setMaximumWidth(36);
+    QPushButton* button = DatePickers::stepButton(text, name, tip, this);
     connect(button, &QPushButton::clicked, this, [this, which, days] { emit stepWanted(which, days); });
     return button;
 }

@@ -25,7 +25,7 @@
 #include <QTimer>
 #include <QtTest>
 
-// The history graph in the main window on the demo station (two weeks of
+// The history graph in the main window on the demo station (five weeks of
 // readings, three favourites), offscreen: what it draws at start, and what
 // its buttons, menus and dialogs do.
 class HistoryGraphWindowTest : public QObject {
@@ -231,7 +231,7 @@ private slots:
         auto run = start();
         const QString csv = run->folder.file("week");
         run->choosers.files = {csv};
-        run->find<QPushButton>("saveCsvButton")->click();
+        run->find<QPushButton>("historyDataSaveCsvButton")->click();
         const QByteArray saved = readAll(csv + ".csv");
         QVERIFY(saved.startsWith("Time,Label,Demo Station: Temperature Out,Demo Station: Dewpoint,"
                                  "Demo Station: Windchill\r\n2026-03-04 00:00,04-Mar-26 00:00,"));
