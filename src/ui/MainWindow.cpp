@@ -7,6 +7,9 @@
 #include "ui/GraphController.h"
 #include "ui/HistoryGraphTab.h"
 #include "ui/HistoryDataTab.h"
+#include "ui/MaxMinTab.h"
+#include "ui/RainfallTab.h"
+#include "ui/WindSummaryTab.h"
 #include "ui/PreferencesDialog.h"
 #include "core/cycle/CycleWorker.h"
 #include "ui/StatusPanels.h"
@@ -84,6 +87,12 @@ MainWindow::MainWindow(SettingsModel& settings, const Environment& environment, 
     tabs->addTab(buildConditionsTab(), tr("Current Conditions"));
     tabs->addTab(graph_->graphTab(), tr("History Graph"));
     tabs->addTab(graph_->dataTab(), tr("History Data"));
+    const SummaryTools summaryTools{*database_, settings_, environment_, tools_.choosers};
+    summaries_ = {new MaxMinTab(summaryTools, this), new WindSummaryTab(summaryTools, this),
+                  new RainfallTab(summaryTools, this)};
+    tabs->addTab(summaries_[0], tr("Max && Mins"));
+    tabs->addTab(summaries_[1], tr("Wind Summary"));
+    tabs->addTab(summaries_[2], tr("Rainfall"));
     tabs->addTab(buildExportsTab(), tr("Exports"));
     setCentralWidget(tabs);
     statusPanels_ = new StatusPanels(statusBar());
@@ -246,6 +255,8 @@ void MainWindow::fillSourceLists(const QList<SourceLists::ListEntry>& sources)
             list->addItem(source.name, source.key);
         list->setCurrentIndex(list->count() > 0 ? 0 : -1);
     }
+    for (SummaryTab* summary : summaries_)
+        summary->setSources(sources);
     currentSourceChosen();
 }
 

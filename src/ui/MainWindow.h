@@ -24,6 +24,7 @@ class QSettings;
 class QTimer;
 class SettingsModel;
 class StatusPanels;
+class SummaryTab;
 class TrayIcon;
 
 // What the window's dialogs use besides the environment: the platform's
@@ -104,6 +105,7 @@ private:
     DatabaseService* database_ = nullptr;
     HistoryChartRenderer renderer_;  // draws the graph's pictures on the worker thread
     GraphController* graph_ = nullptr;
+    QList<SummaryTab*> summaries_;  // Max & Mins, Wind Summary, Rainfall
     PreferencesDialog* preferences_ = nullptr;  // made at first use, then kept
     DayDiaryDialog* diary_ = nullptr;
     bool paused_ = false;  // the tray's Pause is ticked

@@ -147,6 +147,9 @@ TEST_F(SummariesTest, DailyExtremesCoverWholeDaysOfTheRange)
     ASSERT_EQ(chart.lines.size(), 4u);
     EXPECT_EQ(chart.lines[0].name, "Max \u2014 Garden, Temperature Out");
     EXPECT_EQ(chart.lines[3].name, "Min \u2014 Roof, Dewpoint");
+    EXPECT_EQ(chart.lines[0].colour, QColor(255, 0, 0)) << "the first pair in light red and light cyan";
+    EXPECT_EQ(chart.lines[1].colour, QColor(0, 255, 255));
+    EXPECT_NE(chart.lines[2].colour, chart.lines[0].colour) << "a later pair in its own shade";
     EXPECT_EQ(chart.y.minimum, -5.0);
 }
 

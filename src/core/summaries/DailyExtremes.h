@@ -16,6 +16,17 @@ struct DayExtremes {
     double maximum = 0;
 };
 
+// The daily extremes of one quantity of one source, as one Max/Min pair of
+// a chart or table shows them.
+struct DailyExtremesSeries {
+    QString sourceName;
+    QString typeName;
+    std::vector<DayExtremes> days;
+
+    // "Garden, Temperature Out"
+    QString label() const { return sourceName + ", " + typeName; }
+};
+
 // Each day's extremes of History column `column` for the source, from 00:00
 // on `first` to 23:59 on `last`, grouped by the day the readings were stored
 // under and in date order. Days without a value are absent. Readings whose

@@ -17,6 +17,17 @@ QColor paletteColour(int index)
     return StoredColour::toColour(standardColour(index));
 }
 
+// The colour of the `pair`th pair (from 0): the first in its own colour,
+// each later one a step nearer the text colour, so that pairs of one chart
+// can be told apart (after three steps the shades start again).
+QColor pairShade(const QColor& colour, std::size_t pair, const QColor& text)
+{
+    const double toText = 0.4 * double(pair % 3);
+    return QColor::fromRgbF(float(colour.redF() * (1 - toText) + text.redF() * toText),
+                            float(colour.greenF() * (1 - toText) + text.greenF() * toText),
+                            float(colour.blueF() * (1 - toText) + text.blueF() * toText));
+}
+
 plot::Chart blank(const QColor& text, const QColor& background)
 {
     plot::Chart chart;
@@ -27,7 +38,7 @@ plot::Chart blank(const QColor& text, const QColor& background)
 
 }  // namespace
 
-plot::Chart maxMin(const std::vector<MaxMinPair>& pairs, std::pair<double, double> axis, const QColor& text,
+plot::Chart maxMin(const std::vector<DailyExtremesSeries>& pairs, std::pair<double, double> axis, const QColor& text,
                    const QColor& background)
 {
     plot::Chart chart = blank(text, background);
@@ -35,10 +46,11 @@ plot::Chart maxMin(const std::vector<MaxMinPair>& pairs, std::pair<double, doubl
     double low = std::min(axis.first, axis.second), high = std::max(axis.first, axis.second);
     double first = 0, last = 0;
     bool any = false;
-    for (const MaxMinPair& pair : pairs) {
-        const QString what = " \u2014 " + pair.sourceName + ", " + pair.typeName;
-        plot::LineSeries maxima{"Max" + what, paletteColour(12), {}, {}, true};
-        plot::LineSeries minima{"Min" + what, paletteColour(11), {}, {}, true};
+    for (std::size_t p = 0; p < pairs.size(); ++p) {
+        const DailyExtremesSeries& pair = pairs[p];
+        const QString what = " \u2014 " + pair.label();
+        plot::LineSeries maxima{"Max" + what, pairShade(paletteColour(12), p, text), {}, {}, true};
+        plot::LineSeries minima{"Min" + what, pairShade(paletteColour(11), p, text), {}, {}, true};
         for (const DayExtremes& day : pair.days) {
             const double x = plot::daysOf(day.day) + 0.5;  // midday: the day's own tick
             maxima.x.push_back(x);

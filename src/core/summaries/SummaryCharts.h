@@ -13,17 +13,11 @@
 // The summaries drawn as charts, in the given text and background colours.
 namespace SummaryCharts {
 
-// One pair of daily extremes: which source and quantity, and its days.
-struct MaxMinPair {
-    QString sourceName;
-    QString typeName;
-    std::vector<DayExtremes> days;
-};
-
 // The pairs as "Max — Garden, Temperature Out" (light red) and "Min — …"
-// (light cyan) on a time axis; the value axis spans `axis` (from the
+// (light cyan) on a time axis, each later pair a shade nearer the text
+// colour; the value axis spans `axis` (from the
 // quantity's preferences) and the values.
-plot::Chart maxMin(const std::vector<MaxMinPair>& pairs, std::pair<double, double> axis, const QColor& text,
+plot::Chart maxMin(const std::vector<DailyExtremesSeries>& pairs, std::pair<double, double> axis, const QColor& text,
                    const QColor& background);
 
 // The 16-point compass "Accumulation Chart", north on top, clockwise.

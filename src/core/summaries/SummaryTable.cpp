@@ -3,6 +3,7 @@
 #include "core/text/NumberText.h"
 
 #include <algorithm>
+#include <map>
 
 namespace {
 
@@ -88,6 +89,30 @@ SummaryTable maxMin(const std::vector<DayExtremes>& days)
     SummaryTable table{{"Day", "Min", "Max"}, {}, {}};
     for (const DayExtremes& d : days)
         table.rows.push_back({day(d.day), number(d.minimum), number(d.maximum)});
+    return table;
+}
+
+SummaryTable maxMin(const std::vector<DailyExtremesSeries>& pairs)
+{
+    if (pairs.size() == 1)
+        return maxMin(pairs.front().days);
+    SummaryTable table{{"Day"}, {}, {}};
+    std::map<QDate, std::vector<Cell>> rows;  // in date order
+    const std::size_t width = 1 + 2 * pairs.size();
+    for (std::size_t p = 0; p < pairs.size(); ++p) {
+        table.headers << "Max \u2014 " + pairs[p].label() << "Min \u2014 " + pairs[p].label();
+        for (const DayExtremes& d : pairs[p].days) {
+            std::vector<Cell>& row = rows[d.day];
+            if (row.empty()) {
+                row.resize(width);
+                row[0] = day(d.day);
+            }
+            row[1 + 2 * p] = number(d.maximum);
+            row[2 + 2 * p] = number(d.minimum);
+        }
+    }
+    for (auto& [date, row] : rows)
+        table.rows.push_back(std::move(row));
     return table;
 }
 

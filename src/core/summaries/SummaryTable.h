@@ -36,6 +36,10 @@ struct SummaryTable {
 namespace SummaryTables {
 
 SummaryTable maxMin(const std::vector<DayExtremes>& days);
+// Several pairs side by side: the day, then "Max — Garden, Temperature Out"
+// and "Min — …" for each pair; a row for every day any pair has, empty
+// cells where a pair has none. A single pair gives maxMin(days).
+SummaryTable maxMin(const std::vector<DailyExtremesSeries>& pairs);
 SummaryTable wind(const WindDay& day);
 SummaryTable rain(const RainMonth& month);
 SummaryTable climate(const ClimateSummary& summary);
