@@ -41,7 +41,7 @@ public:
     QAtomicInt openedOnWindowThread;
 };
 
-// The main window on a demo station (two weeks of readings, three
+// The main window on a demo station (five weeks of readings, three
 // favourites) in a temporary folder, offscreen, at a fixed time, with its
 // errors and message boxes recorded and its file choosers scripted.
 struct DemoWindow {

@@ -15,7 +15,7 @@
 
 namespace {
 
-constexpr int kHistoryDays = 14;
+constexpr int kHistoryDays = 35;
 constexpr qint32 kDemoSourceID = 0;
 
 const char* const kFeedTemplate =
@@ -112,7 +112,7 @@ bool DemoStation::writeFeedTemplate(QString& error) const
     return true;
 }
 
-// The Sources row, then a reading every ten minutes for the last two weeks
+// The Sources row, then a reading every ten minutes for the last five weeks
 // where History has none.
 bool DemoStation::fillDatabase(const QDateTime& now, const Environment& environment, QString& error) const
 {

@@ -7,7 +7,7 @@
 
 // The demo: a weather station that needs no hardware, in a folder of its
 // own. prepare() makes what is missing there: an Access database with the
-// source "Demo Station", the last two weeks of its readings and three
+// source "Demo Station", the last five weeks of its readings and three
 // favourite graphs, a feed template, and a settings file (separate from the
 // user's own) with the cycle reading, logging, exporting the feed and the
 // first favourite's picture (into the folder's "web" folder) every ten
@@ -19,7 +19,7 @@ public:
     // The demo folder in the user's data folder (…/Nimbrel/Demo).
     static QString defaultFolder();
 
-    // Makes the folder's missing parts, and fills the history of the two
+    // Makes the folder's missing parts, and fills the history of the five
     // weeks before `now` where it has gaps. False with `error` on failure.
     bool prepare(const QDateTime& now, const Environment& environment, QString& error) const;
 
