@@ -1,5 +1,6 @@
 #include "core/readings/StationSimulator.h"
 
+#include "core/readings/Meteorology.h"
 #include "core/text/DateText.h"
 #include "core/text/NumberText.h"
 #include "core/text/Compass.h"
@@ -102,23 +103,15 @@ double rainSince(double start, double hours)
     return tenths(total);
 }
 
-// The Magnus formula; never above the air temperature (at most saturated).
+// The station's precision: a tenth of a degree, never above the air temperature.
 double dewpointOf(double temperature, double humidity)
 {
-    const double a = 17.62, b = 243.12;
-    const double gamma = std::log(humidity / 100) + a * temperature / (b + temperature);
-    return std::min(temperature, tenths(b * gamma / (a - gamma)));
+    return std::min(temperature, tenths(Meteorology::dewpoint(temperature, humidity)));
 }
 
-// The North American formula, for 10 C and below in a wind of more than
-// 4.8 km/h; the air temperature otherwise. Never above the air temperature.
 double windChillOf(double temperature, double knots)
 {
-    const double kmh = knots / 0.5399568;
-    if (temperature > 10 || kmh <= 4.8)
-        return temperature;
-    const double power = std::pow(kmh, 0.16);
-    return std::min(temperature, tenths(13.12 + 0.6215 * temperature - 11.37 * power + 0.3965 * temperature * power));
+    return std::min(temperature, tenths(Meteorology::windChill(temperature, knots)));
 }
 
 QString number(double value)
