@@ -1,6 +1,7 @@
 #include "app/CommandLine.h"
 
 #include "app/GraphCommand.h"
+#include "app/ImportCommand.h"
 #include "app/SummaryCommand.h"
 
 #include "app/DatabaseBench.h"
@@ -65,6 +66,10 @@ const char* const kUsage =
     "                       days, or a month's or year's climate summary, as a table\n"
     "                       (--csv), the first three also as a GIF (--picture OUT.gif);\n"
     "                       nimbrel summary --help says more.\n"
+    "  import DATABASE SOURCE FILE [--pages|--history] [--every-record|--cycle N]\n"
+    "                       store the past readings of a saved observations page or\n"
+    "                       of the station program's history.dat as readings of\n"
+    "                       SOURCE, leaving out those already there.\n"
     "  bench db [FOLDER]    build a ten-year database (in FOLDER, kept, or in a\n"
     "                       temporary folder) and time logging a reading,\n"
     "                       reading a day, a month and a year of one quantity,\n"
@@ -359,7 +364,7 @@ bool isCommand(const QStringList& arguments)
         return false;
     const QString& command = arguments.at(1);
     static const QStringList commands{"--help",    "-h",        "--version", "read", "mdb-dump",
-                                      "create-db", "verify-db", "bench",     "simulate", "export-graph", "summary"};
+                                      "create-db", "verify-db", "bench",     "simulate", "export-graph", "summary", "import"};
     return commands.contains(command);
 }
 
@@ -397,6 +402,11 @@ int run(const QStringList& arguments)
     if (command == u"export-graph") {
         QTextStream errors(stderr);
         return GraphCommand::run(arguments.mid(2), errors);
+    }
+    if (command == u"import") {
+        QTextStream out(stdout);
+        QTextStream errors(stderr);
+        return ImportCommand::run(arguments.mid(2), out, errors);
     }
     if (command == u"summary") {
         QTextStream out(stdout);

@@ -1,6 +1,7 @@
 #include "app/SummaryCommand.h"
 
 #include "app/ErrorLines.h"
+#include "app/SourceArgument.h"
 
 #include "core/export/GifFile.h"
 #include "core/export/PictureExport.h"
@@ -8,7 +9,6 @@
 #include "core/plot/ChartPainter.h"
 #include "core/settings/SettingsModel.h"
 #include "core/settings/StoredColour.h"
-#include "core/sources/WeatherSource.h"
 #include "core/summaries/SummaryCharts.h"
 #include "core/summaries/SummaryTable.h"
 #include "core/text/Clock.h"
@@ -59,29 +59,18 @@ std::optional<int> typeNamed(const QString& name)
     return std::nullopt;
 }
 
-// The source by name or number, or a line saying which there are.
+// The source by name or number, when it keeps readings.
 std::optional<SummarySource> findSource(const QString& database, const QString& wanted, const Environment& environment,
                                         QTextStream& errors)
 {
-    const auto sources = loadSources(database, environment);
-    bool isNumber = false;
-    const qint32 number = wanted.toInt(&isNumber);
-    QStringList names;
-    for (const auto& source : sources) {
-        if (source->sourceName() == wanted || (isNumber && source->sourceID() == number)) {
-            if (source->sourceDatabase().isEmpty()) {
-                errors << "nimbrel summary: the source \"" << source->sourceName() << "\" keeps no readings\n";
-                return std::nullopt;
-            }
-            return SummarySource{source->sourceName(), source->sourceDatabase(), source->dataID()};
-        }
-        names << QString("\"%1\" (%2)").arg(source->sourceName()).arg(source->sourceID());
+    const std::optional<SourceArgument> source = SourceArgument::find(database, wanted, "summary", environment, errors);
+    if (!source)
+        return std::nullopt;
+    if (source->database.isEmpty()) {
+        errors << "nimbrel summary: the source \"" << source->name << "\" keeps no readings\n";
+        return std::nullopt;
     }
-    errors << "nimbrel summary: " << database << " has no source \"" << wanted << "\"";
-    if (!names.isEmpty())
-        errors << "; it has " << names.join(", ");
-    errors << '\n';
-    return std::nullopt;
+    return SummarySource{source->name, source->database, source->dataID};
 }
 
 bool writeGif(const plot::Chart& chart, const QString& path, QTextStream& errors)
