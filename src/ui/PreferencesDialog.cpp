@@ -1,6 +1,7 @@
 #include "ui/PreferencesDialog.h"
 
 #include "ui/HintLabel.h"
+#include "ui/ImportDialog.h"
 #include "ui/Choosers.h"
 #include "core/cycle/DatabaseService.h"
 #include "core/db/ColumnValues.h"
@@ -40,6 +41,7 @@ constexpr int kLargestLogMultiple = 9999;
 
 const QString kSourceFileFilter = QStringLiteral("Data File|currdat.lst;*.txt;*.xml|All Files|*.*");
 const QString kImportFileFilter = QStringLiteral("History Data File (eg. history.txt)|*.txt|All Files|*.*");
+const QString kStationHistoryFilter = QStringLiteral("Station History (history.dat)|*.dat|All Files|*.*");
 const QString kPictureFilter = QStringLiteral("Graphic Interchange Format (*.gif)|*.gif|All Files|*.*");
 const QString kErrorLogFilter = QStringLiteral("Error Log File (eg. *.txt)|*.txt");
 const QString kExportFileFilter = QStringLiteral("RSS Data File|*.txt;*.xml|All Files|*.*");
@@ -234,10 +236,16 @@ QWidget* PreferencesDialog::buildSourceBrowser(QWidget* page)
     connect(pickDatabase, &QPushButton::clicked, this,
             [this] { pickInto(sourceDatabase_, tr("Weather Database"), kDatabaseFilter, ".mdb", true); });
     QPushButton* pickImport = button("...", "pickImportFileButton", frame);
-    connect(pickImport, &QPushButton::clicked, this,
-            [this] { pickInto(importFile_, tr("Import Data File"), kImportFileFilter, ".txt", true); });
+    // A feed source imports a saved page (".txt" added as always); a station
+    // source the station program's history.dat, which keeps its own name.
+    connect(pickImport, &QPushButton::clicked, this, [this] {
+        if (feed_->isChecked())
+            pickInto(importFile_, tr("Import Data File"), kImportFileFilter, ".txt", true);
+        else
+            pickInto(importFile_, tr("Import Data File"), kStationHistoryFilter, {}, true);
+    });
     QPushButton* importData = button(tr("Import Data"), "importDataButton", frame);
-    importData->setEnabled(false);  // the history import has its own change to come
+    connect(importData, &QPushButton::clicked, this, &PreferencesDialog::importData);
     QPushButton* pickExport = button("...", "pickExportFileButton", frame);
     connect(pickExport, &QPushButton::clicked, this,
             [this] { pickInto(exportFile_, tr("Export Data File"), kExportFileFilter, {}, true); });
@@ -868,4 +876,24 @@ void PreferencesDialog::showFavouriteMark(qint32 key, bool exported)
             item->setCheckState(exported ? Qt::Checked : Qt::Unchecked);
     }
     filling_ = false;
+}
+
+void PreferencesDialog::importData()
+{
+    if (importFile_->text().isEmpty()) {
+        context_.environment.boxes.show(tr("Data Import"), tr("Choose the file to import first"),
+                                        MessageBoxes::Icon::Exclamation);
+        importFile_->setFocus();
+        return;
+    }
+    ImportRequest request;
+    request.kind = feed_->isChecked() ? ImportRequest::Kind::Pages : ImportRequest::Kind::StationHistory;
+    request.file = importFile_->text();
+    request.database = primaryDatabase_->text();
+    request.sourceID = sourceNumber_;
+    request.cycleMinutes = cycleMinutes_->currentText().toInt();
+    auto* import = new ImportDialog(request, context_.database, context_.environment, this);
+    import->setAttribute(Qt::WA_DeleteOnClose);
+    import->setModal(true);
+    import->begin();
 }

@@ -90,6 +90,8 @@ private:
     void chooseColour(QLabel* sample, QPalette::ColorRole role);
     void makeNewDatabase();
     void sendTestMail();
+    // "Import Data": the import file into the source shown, in its own dialog.
+    void importData();
 
     // The Primary database box has a new file: its favourites and sources.
     void primaryDatabaseChanged();

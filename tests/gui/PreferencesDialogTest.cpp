@@ -17,6 +17,7 @@
 #include <QLabel>
 #include <QLineEdit>
 #include <QListWidget>
+#include <QPointer>
 #include <QPushButton>
 #include <QRadioButton>
 #include <QSemaphore>
@@ -98,6 +99,44 @@ class PreferencesDialogTest : public QObject {
     }
 
 private slots:
+    // "Import Data" on a station source: the history's contents, every
+    // record with the counts growing, then once per cycle adding nothing;
+    // on a feed source a file that is no observations page imports nothing.
+    void importDataBringsInAStationHistory()
+    {
+        if (!haveFixtureFolder())
+            QSKIP("needs the shared fixture folder " NIMBREL_FIXTURES_DIR ", absent here");
+        auto run = open();
+        run->edit("importFileEdit")->setText(fixturePath("history-hwpro-ws3600.dat"));
+        run->click("importDataButton");
+        auto* import = run->dialog->findChild<QDialog*>("importDialog");
+        QVERIFY(import && import->isVisible());
+        QVERIFY(namedChild<QLabel>(import, "importAboutLabel")->text().contains(
+            "holds 20881 records from 17.04.2005 20:30 to 02.05.2005 08:30"));
+        namedChild<QRadioButton>(import, "importEveryRecordRadio")->click();
+        namedChild<QPushButton>(import, "importStartButton")->click();
+        auto* counts = namedChild<QLabel>(import, "importCountsLabel");
+        QPointer<QDialog> watched(import);
+        if (QTest::qWaitFor([&] { return !watched || counts->text().contains("Stored 4000"); }, 20000) && watched)
+            saveGrab(import, "import-progress.png");
+        QTRY_VERIFY_WITH_TIMEOUT(run->boxTexts().contains("Data Import: 20881 records imported"), 20000);
+        QTRY_VERIFY(!watched);
+
+        run->click("importDataButton");
+        import = run->dialog->findChild<QDialog*>("importDialog");
+        QVERIFY(import);
+        namedChild<QPushButton>(import, "importStartButton")->click();
+        QTRY_VERIFY_WITH_TIMEOUT(run->boxTexts().contains("Data Import: 0 records imported"), 20000);
+
+        run->find<QRadioButton>("feedRadio")->click();
+        run->edit("importFileEdit")->setText(fixturePath("history-hwpro-ws3600.dat"));
+        run->click("importDataButton");
+        QTRY_VERIFY_WITH_TIMEOUT(run->boxTexts().size() == 3, 20000);
+        QVERIFY(run->boxTexts().back().startsWith("Data Import: The import stopped: "));
+        QVERIFY(run->boxTexts().back().contains("not a text file"));
+        QVERIFY(run->errors.empty());
+    }
+
     void okChecksTheAxisRangesBeforeSaving()
     {
         auto run = open();
@@ -312,7 +351,8 @@ private slots:
     void pickersUseTheirFiltersAndExtensions()
     {
         auto run = open();
-        run->choosers.files = {"/home/pat/history", "/home/pat/Errors.TXT", "", "/srv/other"};
+        run->choosers.files = {"/home/pat/history", "/home/pat/Errors.TXT", "", "/srv/other", "/home/pat/history.dat"};
+        run->find<QRadioButton>("feedRadio")->click();  // a saved page: ".txt" added
         run->click("pickImportFileButton");
         QCOMPARE(run->edit("importFileEdit")->text(), QString("/home/pat/history.txt"));
         QVERIFY(run->find<QPushButton>("saveSourceButton")->isEnabled());
@@ -330,6 +370,11 @@ private slots:
                                        "Error Log File (eg. *.txt)|*.txt",
                                        "Data File|currdat.lst;*.txt;*.xml|All Files|*.*",
                                        "Weather Database (eg. *.mdb)|*.mdb"}));
+        // A station source's history keeps its own name.
+        run->find<QRadioButton>("stationFileRadio")->click();
+        run->click("pickImportFileButton");
+        QCOMPARE(run->edit("importFileEdit")->text(), QString("/home/pat/history.dat"));
+        QCOMPARE(run->choosers.questions.back().filter, QString("Station History (history.dat)|*.dat|All Files|*.*"));
     }
 
     void checkBoxRulesKeepThePictureExportConsistent()
@@ -432,7 +477,6 @@ private slots:
         QCOMPARE(run->settings.errorSmtp(), QString("127.0.0.1"));
         QCOMPARE(run->settings.backColourExport(), 0x563412);  // red in the low byte
         QCOMPARE(run->settings.fontColour(), Preferences{}.fontColour);
-        QVERIFY(!run->find<QPushButton>("importDataButton")->isEnabled());
     }
 
     void everyTabIsShown()
