@@ -1,6 +1,7 @@
 #include "app/CommandLine.h"
 
 #include "app/GraphCommand.h"
+#include "app/ImportBench.h"
 #include "app/ImportCommand.h"
 #include "app/SummaryCommand.h"
 
@@ -74,6 +75,8 @@ const char* const kUsage =
     "                       temporary folder) and time logging a reading,\n"
     "                       reading a day, a month and a year of one quantity,\n"
     "                       and drawing a year's and a week's graph into a GIF.\n"
+    "  bench import [HISTORY.dat]  time importing HISTORY.dat (twice) and a generated\n"
+    "                       ten-year history of one-minute records.\n"
     "  --verify             (with any other command or the window) check the database\n"
     "                       after every change Nimbrel writes.\n";
 
@@ -346,12 +349,14 @@ int runSimulate(const QStringList& arguments)
 int runBench(const QStringList& arguments)
 {
     QTextStream errors(stderr);
-    if (arguments.value(0) != u"db" || arguments.size() > 2) {
-        errors << "nimbrel bench: the only bench is \"db\" (nimbrel bench db [FOLDER])\n";
-        return 2;
-    }
     QTextStream out(stdout);
-    return runDatabaseBench(out, errors, arguments.value(1));
+    if (arguments.value(0) == u"db" && arguments.size() <= 2)
+        return runDatabaseBench(out, errors, arguments.value(1));
+    if (arguments.value(0) == u"import" && arguments.size() <= 2)
+        return runImportBench(out, errors, arguments.value(1));
+    errors << "nimbrel bench: the benches are \"db\" (nimbrel bench db [FOLDER]) and \"import\" "
+              "(nimbrel bench import [HISTORY.dat])\n";
+    return 2;
 }
 
 }  // namespace

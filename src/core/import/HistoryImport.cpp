@@ -2,11 +2,14 @@
 
 #include "core/db/DatabaseSession.h"
 #include "core/db/NimbrelSchema.h"
+#include "core/import/MinuteSet.h"
 #include "core/text/DateText.h"
 
-#include <unordered_set>
+#include <cmath>
 
 namespace {
+
+constexpr int kBatchesPerSession = 25;
 
 // A minute as a number: days from the zero date and minutes of the day,
 // free of time zones and daylight saving.
@@ -51,7 +54,7 @@ ImportOutcome HistoryImport::run(ImportReader& reader, const QString& database, 
     }
 
     // The minutes the source has: one walk of its rows instead of a search per row.
-    std::unordered_set<qint64> logged;
+    MinuteSet logged;
     const int dateRead = history->position("DateRead");
     mdb::Status walked = (*session)->rowsBetween(
         *history, {{"SourceID", sourceID}}, {"DateRead", QDateTime(QDate(100, 1, 1), QTime(0, 0))},
@@ -68,6 +71,7 @@ ImportOutcome HistoryImport::run(ImportReader& reader, const QString& database, 
     }
 
     int pending = 0;
+    int batches = 0;
     const auto commit = [&]() -> bool {
         if (pending == 0)
             return true;
@@ -77,10 +81,21 @@ ImportOutcome HistoryImport::run(ImportReader& reader, const QString& database, 
             return false;
         }
         pending = 0;
+        // The writer keeps what each session changed until the session ends:
+        // a new session now and then keeps a long import's memory flat.
+        if (++batches % kBatchesPerSession == 0) {
+            session->reset();  // closed before it is opened again
+            session = DatabaseSession::open(database, DatabaseSession::Access::Write, environment);
+            history = session ? NimbrelSchema::table(**session, "History") : mdb::Result<SessionTable>(session.error());
+            if (!history) {
+                outcome.problem = messageOf(history.error());
+                return false;
+            }
+        }
         return true;
     };
     while (std::optional<ImportRow> row = reader.next()) {
-        if (!logged.insert(minuteKey(row->time)).second) {
+        if (!logged.insert(minuteKey(row->time))) {
             ++outcome.counts.duplicates;
             continue;
         }
