@@ -278,6 +278,19 @@ TEST_F(ImportTest, StationHistoryBadRecordsAndOtherFiles)
     ASSERT_TRUE(text.open(QIODevice::ReadOnly));
     EXPECT_FALSE(StationHistoryReader::inspect(text, clock.now(), error));
     EXPECT_TRUE(error.contains("not a station history")) << error.toStdString();
+    // A database another task is writing: the import waits a moment, then says so.
+    {
+        auto writing = DatabaseSession::open(path, DatabaseSession::Access::Write, environment);
+        ASSERT_TRUE(writing);
+        environment.lockWait = std::chrono::milliseconds(50);
+        QFile again(damaged);
+        ASSERT_TRUE(again.open(QIODevice::ReadOnly));
+        StationHistoryReader locked(again, clock.now());
+        const ImportOutcome refused = HistoryImport::run(locked, path, 3, environment);
+        EXPECT_FALSE(refused.ok());
+        EXPECT_TRUE(refused.problem.contains("in use")) << refused.problem.toStdString();
+        EXPECT_EQ(refused.counts.stored, 0);
+    }
     QFile empty(folder.write("empty.dat", {}));
     ASSERT_TRUE(empty.open(QIODevice::ReadOnly));
     EXPECT_FALSE(StationHistoryReader::inspect(empty, clock.now(), error));
