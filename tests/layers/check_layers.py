@@ -2,8 +2,8 @@
 """Checks that no folder of src includes from a folder above it.
 
 The layers, lowest first: mdb; core/plot; core/text, core/errors, core/settings,
-core/readings, core/db, core/sources, core/graphs, core/summaries, core/import, core/export,
-core/cycle;
+core/readings, core/db, core/sources, core/graphs, core/summaries, core/import, core/remote,
+core/export, core/cycle;
 ui; app.
 A file may include from its own folder and from the folders below it.
 Prints every include that breaks the order and exits 1 if there is one.
@@ -13,7 +13,7 @@ import re
 import sys
 
 LAYERS = ["mdb", "core/plot", "core/text", "core/errors", "core/settings", "core/readings", "core/db",
-          "core/sources", "core/graphs", "core/summaries", "core/import", "core/export", "core/cycle", "ui", "app"]
+          "core/sources", "core/graphs", "core/summaries", "core/import", "core/remote", "core/export", "core/cycle", "ui", "app"]
 INCLUDE = re.compile(r'^\s*#\s*include\s+"([^"]+)"', re.M)
 
 
