@@ -68,9 +68,8 @@ int run(const QStringList& arguments, QTextStream& out, QTextStream& errors)
         return 1;
     }
     QFile file(path);
-    if (QFileInfo(path).isDir() || !file.open(QIODevice::ReadOnly)) {
-        errors << "nimbrel import: cannot read " << path << ": "
-               << (QFileInfo(path).isDir() ? QString("it is a folder") : file.errorString()) << '\n';
+    if (const QString unreadable = openImportFile(file); !unreadable.isEmpty()) {
+        errors << "nimbrel import: cannot read " << path << ": " << unreadable << '\n';
         return 1;
     }
 

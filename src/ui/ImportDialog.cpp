@@ -27,9 +27,8 @@ ImportOutcome runImport(const ImportRequest& request, bool everyRecord, const En
 {
     ImportOutcome failed;
     QFile file(request.file);
-    if (QFileInfo(request.file).isDir() || !file.open(QIODevice::ReadOnly)) {
-        failed.problem = request.file + ": " +
-                         (QFileInfo(request.file).isDir() ? QStringLiteral("it is a folder") : file.errorString());
+    if (const QString unreadable = openImportFile(file); !unreadable.isEmpty()) {
+        failed.problem = request.file + ": " + unreadable;
         return failed;
     }
     std::unique_ptr<ImportReader> reader;
@@ -113,10 +112,9 @@ void ImportDialog::begin()
     QFile file(request_.file);
     QString error;
     std::optional<StationHistoryReader::Contents> contents;
-    if (file.open(QIODevice::ReadOnly))
+    error = openImportFile(file);
+    if (error.isEmpty())
         contents = StationHistoryReader::inspect(file, environment_.clock.now(), error);
-    else
-        error = QFileInfo(request_.file).isDir() ? QStringLiteral("it is a folder") : file.errorString();
     if (!contents) {
         ImportOutcome refused;
         refused.problem = request_.file + ": " + error;

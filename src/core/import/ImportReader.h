@@ -2,6 +2,7 @@
 
 #include "core/import/ImportRow.h"
 
+#include <QFile>
 #include <QString>
 
 #include <optional>
@@ -35,3 +36,7 @@ protected:
     qint64 thinned_ = 0;
     QString problem_;
 };
+
+// Opens `file` for reading as an import file: empty when it is open, else
+// why not ("it is a folder", or the system's reason).
+QString openImportFile(QFile& file);
