@@ -3,20 +3,11 @@
 #include "core/db/DatabaseSession.h"
 #include "core/db/NimbrelSchema.h"
 #include "core/import/MinuteSet.h"
-#include "core/text/DateText.h"
 
-#include <cmath>
 
 namespace {
 
 constexpr int kBatchesPerSession = 25;
-
-// A minute as a number: days from the zero date and minutes of the day,
-// free of time zones and daylight saving.
-qint64 minuteKey(const QDateTime& time)
-{
-    return DateText::zeroDate().daysTo(time.date()) * 1440 + time.time().hour() * 60 + time.time().minute();
-}
 
 QString messageOf(const mdb::Error& error)
 {
@@ -61,7 +52,7 @@ ImportOutcome HistoryImport::run(ImportReader& reader, const QString& database, 
         QDateTime(QDate(9999, 12, 31), QTime(23, 59)),
         [&](const mdb::Row& row) {
             if (const auto* stamp = std::get_if<mdb::DateTime>(&row.values[std::size_t(dateRead)]))
-                logged.insert(qint64(std::llround(stamp->days * 1440)));
+                logged.insert(StoredMinute::of(*stamp));
             return true;
         },
         {"DateRead"});
@@ -95,7 +86,7 @@ ImportOutcome HistoryImport::run(ImportReader& reader, const QString& database, 
         return true;
     };
     while (std::optional<ImportRow> row = reader.next()) {
-        if (!logged.insert(minuteKey(row->time))) {
+        if (!logged.insert(StoredMinute::of(row->time))) {
             ++outcome.counts.duplicates;
             continue;
         }

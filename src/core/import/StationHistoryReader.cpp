@@ -2,7 +2,7 @@
 
 #include "core/readings/Meteorology.h"
 #include "core/text/Compass.h"
-#include "core/text/DateText.h"
+#include "core/import/MinuteSet.h"
 
 #include <QtEndian>
 
@@ -50,26 +50,30 @@ double daysAt(const char* record)
     return value;
 }
 
-// The minute a day count falls on, counted from the zero date; none for
-// a count that is no time of the years a station can have recorded.
-std::optional<qint64> minuteOf(double days, const QDateTime& now)
-{
-    if (!std::isfinite(days))
-        return std::nullopt;
-    const double minutes = std::round(days * 1440);
-    const QDate zero = DateText::zeroDate();
-    const double earliest = double(zero.daysTo(QDate(1990, 1, 1))) * 1440;
-    const double latest = double(zero.daysTo(now.date().addDays(1))) * 1440 + now.time().msecsSinceStartOfDay() / 60000;
-    if (minutes < earliest || minutes > latest)
-        return std::nullopt;
-    return qint64(minutes);
-}
+// The minutes a station can have recorded, seen at `now`: from 1990 to a
+// day after now.
+struct Plausible {
+    static Plausible at(const QDateTime& now)
+    {
+        return {StoredMinute::of(QDateTime(QDate(1990, 1, 1), QTime(0, 0))), StoredMinute::of(now.addDays(1))};
+    }
 
-QDateTime timeOf(qint64 minute)
-{
-    const QDate day = DateText::zeroDate().addDays(minute / 1440);
-    return QDateTime(day, QTime(0, 0).addSecs(int(minute % 1440) * 60));
-}
+    // The minute a day count (as the database counts days) falls on; none
+    // outside the span.
+    std::optional<qint64> minuteOf(double days) const
+    {
+        if (!std::isfinite(days))
+            return std::nullopt;
+        const double minutes = std::round(days * 1440);
+        if (minutes < double(earliest) || minutes > double(latest))
+            return std::nullopt;
+        return qint64(minutes);
+    }
+
+    qint64 earliest;
+    qint64 latest;
+};
+
 
 }  // namespace
 
@@ -115,8 +119,9 @@ std::optional<StationHistoryReader::Contents> StationHistoryReader::inspect(QIOD
         return std::nullopt;
     }
     const QByteArray head = file.peek(2 * kRecordSize);
-    const auto plausibleAt = [&head, &now](int offset) {
-        return head.size() >= offset + 8 && minuteOf(daysAt(head.constData() + offset), now).has_value();
+    const Plausible plausible = Plausible::at(now);
+    const auto plausibleAt = [&head, &plausible](int offset) {
+        return head.size() >= offset + 8 && plausible.minuteOf(daysAt(head.constData() + offset)).has_value();
     };
     const bool newLayout = size >= kRecordSize && plausibleAt(0) && (size < 2 * kRecordSize || plausibleAt(kRecordSize));
     const bool earlierLayout = size % kEarlierRecordSize == 0 && plausibleAt(0) &&
@@ -132,21 +137,24 @@ std::optional<StationHistoryReader::Contents> StationHistoryReader::inspect(QIOD
     }
     Contents contents;
     contents.records = size / kRecordSize;
-    contents.first = timeOf(*minuteOf(daysAt(head.constData()), now));
+    contents.first = StoredMinute::time(*plausible.minuteOf(daysAt(head.constData())));
     if (!file.seek((contents.records - 1) * kRecordSize)) {
         error = file.errorString();
         return std::nullopt;
     }
     const QByteArray last = file.read(kRecordSize);
     file.seek(0);
-    if (const auto minute = last.size() == kRecordSize ? minuteOf(daysAt(last.constData()), now) : std::nullopt)
-        contents.last = timeOf(*minute);
+    if (const auto minute = last.size() == kRecordSize ? plausible.minuteOf(daysAt(last.constData())) : std::nullopt)
+        contents.last = StoredMinute::time(*minute);
     return contents;
 }
 
 StationHistoryReader::StationHistoryReader(QIODevice& file, const QDateTime& now, int cycleMinutes)
-    : file_(file), now_(now), cycleMinutes_(cycleMinutes)
+    : file_(file), cycleMinutes_(cycleMinutes)
 {
+    const Plausible plausible = Plausible::at(now);
+    earliest_ = plausible.earliest;
+    latest_ = plausible.latest;
 }
 
 double StationHistoryReader::progress() const
@@ -187,7 +195,7 @@ std::optional<ImportRow> StationHistoryReader::next()
 
 std::optional<ImportRow> StationHistoryReader::rowOf(const Record& record)
 {
-    const std::optional<qint64> minute = minuteOf(record.days, now_);
+    const std::optional<qint64> minute = Plausible{earliest_, latest_}.minuteOf(record.days);
     if (!minute || !record.measurable()) {
         ++bad_;
         return std::nullopt;
@@ -202,7 +210,7 @@ std::optional<ImportRow> StationHistoryReader::rowOf(const Record& record)
         }
         lastSlot_ = slot;
     }
-    row.time = timeOf(*minute);
+    row.time = StoredMinute::time(*minute);
     row.pressure = decimal(record.relativePressure);
     row.inTemperature = decimal(record.inTemperature);
     row.inHumidity = decimal(record.inHumidity);
@@ -225,17 +233,16 @@ void StationHistoryReader::countRain(qint64 minute, double total, ImportRow& row
         fallen = total < *lastTotal_ ? total : total - *lastTotal_;  // a reset counts from 0
     lastTotal_ = total;
     rain_.emplace_back(minute, fallen);
-    rainHour_ += fallen;
     rainDay_ += fallen;
     while (!rain_.empty() && rain_.front().first <= minute - 1440) {
         rainDay_ -= rain_.front().second;
         rain_.pop_front();
     }
-    // The hour's sum again from the kept minutes: few, and free of drift.
-    rainHour_ = 0;
+    // The hour's sum from the kept minutes each time: few, and free of drift.
+    double rainHour = 0;
     for (auto it = rain_.rbegin(); it != rain_.rend() && it->first > minute - 60; ++it)
-        rainHour_ += it->second;
+        rainHour += it->second;
     row.rainTotal = total;
-    row.rain1h = rounded(rainHour_, 3);
+    row.rain1h = rounded(rainHour, 3);
     row.rain24h = rounded(std::max(0.0, rainDay_), 3);
 }

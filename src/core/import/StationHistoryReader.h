@@ -55,14 +55,14 @@ private:
     void countRain(qint64 minute, double total, ImportRow& row);
 
     QIODevice& file_;
-    QDateTime now_;
+    qint64 earliest_ = 0;  // the span of plausible minutes (as StoredMinute counts)
+    qint64 latest_ = 0;
     int cycleMinutes_;
     QByteArray buffer_;
     qsizetype offset_ = 0;
     qint64 lastSlot_ = -1;
     // Rain since the record before, by minute, for the last 24 hours.
     std::deque<std::pair<qint64, double>> rain_;
-    double rainHour_ = 0;
     double rainDay_ = 0;
     std::optional<double> lastTotal_;
 };
