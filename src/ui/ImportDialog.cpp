@@ -19,6 +19,9 @@
 
 namespace {
 
+// The page import's own message, shown alone in a critical box.
+const QString kDateUnreadable = QStringLiteral("Date unable to be read");
+
 // The whole import, on the worker: the file opened, read and stored, with
 // the counts sent to `dialog` as they grow.
 ImportOutcome runImport(const ImportRequest& request, bool everyRecord, const Environment& environment,
@@ -32,8 +35,11 @@ ImportOutcome runImport(const ImportRequest& request, bool everyRecord, const En
         return failed;
     }
     std::unique_ptr<ImportReader> reader;
+    const PageTextReader* pages = nullptr;
     if (request.kind == ImportRequest::Kind::Pages) {
-        reader = std::make_unique<PageTextReader>(file, environment.clock.now().date());
+        auto pageReader = std::make_unique<PageTextReader>(file, environment.clock.now().date());
+        pages = pageReader.get();
+        reader = std::move(pageReader);
     } else {
         QString error;
         if (!StationHistoryReader::inspect(file, environment.clock.now(), error)) {
@@ -50,8 +56,8 @@ ImportOutcome runImport(const ImportRequest& request, bool everyRecord, const En
                 report(counts, done);
             return !cancel->load();
         });
-    if (auto* pages = dynamic_cast<PageTextReader*>(reader.get()); pages && pages->dateNotFound())
-        outcome.problem = QStringLiteral("Date unable to be read");
+    if (pages && pages->dateNotFound())
+        outcome.problem = kDateUnreadable;
     return outcome;
 }
 
@@ -163,7 +169,7 @@ void ImportDialog::finish(const ImportOutcome& outcome)
     running_ = false;
     showCounts(outcome.counts, 1);
     const QString imported = QString::number(outcome.counts.stored) + " records imported";
-    if (outcome.problem == u"Date unable to be read")
+    if (outcome.problem == kDateUnreadable)
         environment_.boxes.show(tr("Data Import"), outcome.problem, MessageBoxes::Icon::Critical);
     else if (!outcome.ok())
         environment_.boxes.show(tr("Data Import"), tr("The import stopped: ") + outcome.problem + "\r\n" + imported,
