@@ -9,6 +9,7 @@
 #include "ui/HistoryDataTab.h"
 #include "ui/MaxMinTab.h"
 #include "ui/RainfallTab.h"
+#include "ui/SourceListBox.h"
 #include "ui/WindSummaryTab.h"
 #include "ui/PreferencesDialog.h"
 #include "core/cycle/CycleWorker.h"
@@ -249,12 +250,8 @@ void MainWindow::showLists(const QList<SourceLists::ListEntry>& sources,
 
 void MainWindow::fillSourceLists(const QList<SourceLists::ListEntry>& sources)
 {
-    for (QComboBox* list : {panel_->sourceList(), testSources_}) {
-        list->clear();
-        for (const SourceLists::ListEntry& source : sources)
-            list->addItem(source.name, source.key);
-        list->setCurrentIndex(list->count() > 0 ? 0 : -1);
-    }
+    for (QComboBox* list : {panel_->sourceList(), testSources_})
+        fillSourceList(list, sources);
     for (SummaryTab* summary : summaries_)
         summary->setSources(sources);
     currentSourceChosen();

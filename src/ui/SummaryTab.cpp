@@ -2,6 +2,7 @@
 
 #include "ui/ChartView.h"
 #include "ui/DataTableView.h"
+#include "ui/SourceListBox.h"
 #include "ui/SummaryTableModel.h"
 #include "core/settings/SettingsModel.h"
 #include "core/settings/StoredColour.h"
@@ -49,10 +50,7 @@ SummaryTab::SummaryTab(const SummaryTools& tools, const QString& name, QWidget* 
 
 void SummaryTab::setSources(const QList<SourceLists::ListEntry>& sources)
 {
-    sources_->clear();
-    for (const SourceLists::ListEntry& source : sources)
-        sources_->addItem(source.name, source.key);
-    sources_->setCurrentIndex(sources_->count() > 0 ? 0 : -1);
+    fillSourceList(sources_, sources);
     draw();
 }
 
