@@ -6,36 +6,15 @@
 #include "mdb/FileSystem.h"
 #include "mdb/Journal.h"
 #include "support/TestSupport.h"
+#include "ProgramRun.h"
 
 #include <QFile>
+#include <QProcess>
 
 #include <algorithm>
 #include <QThread>
 
-#include <QProcess>
 #include <gtest/gtest.h>
-
-namespace {
-
-struct ProgramRun {
-    int exitCode = -1;
-    QString out;
-    QString err;
-};
-
-ProgramRun nimbrel(const QStringList& arguments)
-{
-    QProcess process;
-    QProcessEnvironment environment = QProcessEnvironment::systemEnvironment();
-    environment.insert("TZ", "UTC");
-    process.setProcessEnvironment(environment);
-    process.start(QStringLiteral(NIMBREL_PROGRAM), arguments);
-    process.waitForFinished(30000);
-    return {process.exitCode(), QString::fromUtf8(process.readAllStandardOutput()),
-            QString::fromUtf8(process.readAllStandardError())};
-}
-
-}  // namespace
 
 TEST(CommandLineFromFixtures, ReadPrintsEveryValueOfTheReading)
 {

@@ -4,25 +4,15 @@
 #include "core/text/Clock.h"
 #include "support/TestSupport.h"
 
-#include <QProcess>
+#include "ProgramRun.h"
 
 #include <gtest/gtest.h>
 
 namespace {
 
-struct ImportRun {
-    int exitCode = -1;
-    QString out;
-    QString err;
-};
-
-ImportRun import(const QStringList& arguments)
+ProgramRun import(const QStringList& arguments)
 {
-    QProcess process;
-    process.start(QStringLiteral(NIMBREL_PROGRAM), QStringList{"import"} + arguments);
-    process.waitForFinished(60000);
-    return {process.exitCode(), QString::fromUtf8(process.readAllStandardOutput()),
-            QString::fromUtf8(process.readAllStandardError())};
+    return nimbrel(QStringList{"import"} + arguments, 60000);
 }
 
 // A new database with the source "Garden" (number 4).
@@ -52,13 +42,13 @@ TEST_F(ImportCommandTest, StationHistoryOncePerCycleThenNothingNewFromFixtures)
 {
     SKIP_WITHOUT_FIXTURES();
     const QString history = fixturePath("history-hwpro-ws3600.dat");
-    const ImportRun first = import({path, "Garden", history, "--cycle", "10"});
+    const ProgramRun first = import({path, "Garden", history, "--cycle", "10"});
     EXPECT_EQ(first.exitCode, 0) << first.err.toStdString();
     EXPECT_TRUE(first.out.contains("a station history of 20881 records from 17.04.2005 20:30 to 02.05.2005 08:30"))
         << first.out.toStdString();
     EXPECT_TRUE(first.out.contains("20881 read, 2089 stored, 0 already there, 0 bad, 18792 between log cycles"))
         << first.out.toStdString();
-    const ImportRun again = import({path, "4", history, "--history"});
+    const ProgramRun again = import({path, "4", history, "--history"});
     EXPECT_EQ(again.exitCode, 0);
     EXPECT_TRUE(again.out.contains("20881 read, 18792 stored, 2089 already there, 0 bad")) << again.out.toStdString();
 }
@@ -68,19 +58,19 @@ TEST_F(ImportCommandTest, StationHistoryOncePerCycleThenNothingNewFromFixtures)
 TEST_F(ImportCommandTest, RefusalsSayWhy)
 {
     const QString page = folder.write("page.txt", "<html><body>A forum's page</body></html>\n");
-    const ImportRun otherSite = import({path, "Garden", page});
+    const ProgramRun otherSite = import({path, "Garden", page});
     EXPECT_EQ(otherSite.exitCode, 1);
     EXPECT_TRUE(otherSite.err.contains("no observations found")) << otherSite.err.toStdString();
 
-    const ImportRun notHistory = import({path, "Garden", page, "--history"});
+    const ProgramRun notHistory = import({path, "Garden", page, "--history"});
     EXPECT_EQ(notHistory.exitCode, 1);
     EXPECT_TRUE(notHistory.err.contains("not a station history file")) << notHistory.err.toStdString();
 
-    const ImportRun noSource = import({path, "Roof", page});
+    const ProgramRun noSource = import({path, "Roof", page});
     EXPECT_EQ(noSource.exitCode, 1);
     EXPECT_TRUE(noSource.err.contains("has no source \"Roof\"; it has \"Garden\" (4)")) << noSource.err.toStdString();
 
-    const ImportRun folderGiven = import({path, "Garden", folder.path()});
+    const ProgramRun folderGiven = import({path, "Garden", folder.path()});
     EXPECT_EQ(folderGiven.exitCode, 1);
     EXPECT_TRUE(folderGiven.err.contains("it is a folder")) << folderGiven.err.toStdString();
 

@@ -3,30 +3,17 @@
 #include "core/errors/Environment.h"
 #include "core/text/Clock.h"
 #include "support/TestSupport.h"
+#include "ProgramRun.h"
 
 #include <QImage>
-#include <QProcess>
 
 #include <gtest/gtest.h>
 
 namespace {
 
-struct SummaryRun {
-    int exitCode = -1;
-    QString out;
-    QString err;
-};
-
-SummaryRun summary(const QStringList& arguments, const QString& settings)
+ProgramRun summary(const QStringList& arguments, const QString& settings)
 {
-    QProcess process;
-    QProcessEnvironment environment = QProcessEnvironment::systemEnvironment();
-    environment.insert("TZ", "UTC");
-    process.setProcessEnvironment(environment);
-    process.start(QStringLiteral(NIMBREL_PROGRAM), QStringList{"summary"} + arguments + QStringList{"--settings", settings});
-    process.waitForFinished(30000);
-    return {process.exitCode(), QString::fromUtf8(process.readAllStandardOutput()),
-            QString::fromUtf8(process.readAllStandardError())};
+    return nimbrel(QStringList{"summary"} + arguments + QStringList{"--settings", settings});
 }
 
 // A station "Garden" (source 2) with six readings over three days, worked
@@ -75,7 +62,7 @@ protected:
 
 TEST_F(SummaryCommandTest, PrintsTheNumbersWorkedOutByHand)
 {
-    SummaryRun maxMin = summary({"maxmin", path, "Garden", "--from", "2026-11-01", "--to", "2026-11-03"}, settings);
+    ProgramRun maxMin = summary({"maxmin", path, "Garden", "--from", "2026-11-01", "--to", "2026-11-03"}, settings);
     EXPECT_EQ(maxMin.exitCode, 0) << maxMin.err.toStdString();
     EXPECT_EQ(maxMin.out.toStdString(), "Day          Min   Max\n"
                                         "01.11.2026   3.5   9.3\n"
@@ -83,7 +70,7 @@ TEST_F(SummaryCommandTest, PrintsTheNumbersWorkedOutByHand)
                                         "03.11.2026  -0.5  -0.5\n");
 
     // The 2nd: 10 knots from the SW at 09:00 (first of two tops), 10 from NNE.
-    SummaryRun wind = summary({"wind", path, "2", "2026-11-02", "--csv"}, settings);
+    ProgramRun wind = summary({"wind", path, "2", "2026-11-02", "--csv"}, settings);
     EXPECT_EQ(wind.exitCode, 0) << wind.err.toStdString();
     EXPECT_TRUE(wind.out.startsWith("Direction,Sum of speeds\nN,0.0\nNNE,10.0\n")) << wind.out.toStdString();
     EXPECT_TRUE(wind.out.contains("\nSW,10.0\n"));
@@ -91,7 +78,7 @@ TEST_F(SummaryCommandTest, PrintsTheNumbersWorkedOutByHand)
     // Rain days: the first reading (09:00 on the 1st) closes day 01 with
     // nothing before it; 09:00 on the 2nd closes day 02 (21.5 - 20.0), and
     // so on; the total is 24.5 - 20.0.
-    SummaryRun rain = summary({"rain", path, "Garden", "2026-11"}, settings);
+    ProgramRun rain = summary({"rain", path, "Garden", "2026-11"}, settings);
     EXPECT_EQ(rain.exitCode, 0) << rain.err.toStdString();
     EXPECT_EQ(rain.out.toStdString(), "Day         Rain (mm)\n"
                                       "01.11.2026    no data\n"
@@ -100,7 +87,7 @@ TEST_F(SummaryCommandTest, PrintsTheNumbersWorkedOutByHand)
                                       "04.11.2026        0.0\n"
                                       "Rainfall for November 2026.    Total is 4.5mm\n");
 
-    SummaryRun month = summary({"month", path, "Garden", "2026-11"}, settings);
+    ProgramRun month = summary({"month", path, "Garden", "2026-11"}, settings);
     EXPECT_EQ(month.exitCode, 0) << month.err.toStdString();
     const QStringList lines = month.out.split('\n');
     // Mean (1.0 + 6.0) / 2; 10 knots from SW and from NNE: the first point clockwise from north.
@@ -116,14 +103,14 @@ TEST_F(SummaryCommandTest, DrawsPicturesAndRefusesWhatItCannotDo)
     EXPECT_EQ(summary({"rain", path, "Garden", "2026-11", "--picture", gif}, settings).exitCode, 0);
     EXPECT_EQ(QImage(gif).size(), QSize(613, 467));
 
-    SummaryRun unknown = summary({"wind", path, "Roof", "2026-11-02"}, settings);
+    ProgramRun unknown = summary({"wind", path, "Roof", "2026-11-02"}, settings);
     EXPECT_EQ(unknown.exitCode, 1);
     EXPECT_TRUE(unknown.err.endsWith("nimbrel summary: " + path + " has no source \"Roof\"; it has \"Garden\" (2)\n"))
         << unknown.err.toStdString();
-    SummaryRun badDate = summary({"wind", path, "Garden", "2.11.2026"}, settings);
+    ProgramRun badDate = summary({"wind", path, "Garden", "2.11.2026"}, settings);
     EXPECT_EQ(badDate.exitCode, 2);
     EXPECT_TRUE(badDate.err.contains("nimbrel summary: wind wants a date as yyyy-MM-dd")) << badDate.err.toStdString();
-    SummaryRun missing = summary({"rain", folder.file("none.mdb"), "Garden", "2026-11"}, settings);
+    ProgramRun missing = summary({"rain", folder.file("none.mdb"), "Garden", "2026-11"}, settings);
     EXPECT_EQ(missing.exitCode, 1);
     EXPECT_TRUE(missing.err.contains("no database")) << missing.err.toStdString();
     EXPECT_EQ(summary({"maxmin", path, "Garden", "--from", "2026-11-02", "--to", "2026-11-02"}, settings).exitCode, 2);
