@@ -3,6 +3,7 @@
 #include "app/GraphCommand.h"
 #include "app/ImportBench.h"
 #include "app/ImportCommand.h"
+#include "app/ServeCommand.h"
 #include "app/SummaryCommand.h"
 
 #include "app/DatabaseBench.h"
@@ -71,6 +72,10 @@ const char* const kUsage =
     "                       store the past readings of a saved observations page or\n"
     "                       of the station program's history.dat as readings of\n"
     "                       SOURCE, leaving out those already there.\n"
+    "  serve DATABASE [--port N] [--bind ADDRESS] [--allow CIDR]...\n"
+    "                       serve the sources and readings of DATABASE to the Remote\n"
+    "                       Data D/L of other Nimbrels (read-only; 127.0.0.1 port\n"
+    "                       5850 unless told otherwise) until SIGTERM or Ctrl+C.\n"
     "  bench db [FOLDER]    build a ten-year database (in FOLDER, kept, or in a\n"
     "                       temporary folder) and time logging a reading,\n"
     "                       reading a day, a month and a year of one quantity,\n"
@@ -369,7 +374,8 @@ bool isCommand(const QStringList& arguments)
         return false;
     const QString& command = arguments.at(1);
     static const QStringList commands{"--help",    "-h",        "--version", "read", "mdb-dump",
-                                      "create-db", "verify-db", "bench",     "simulate", "export-graph", "summary", "import"};
+                                      "create-db", "verify-db", "bench",     "simulate", "export-graph", "summary", "import",
+                                      "serve"};
     return commands.contains(command);
 }
 
@@ -412,6 +418,11 @@ int run(const QStringList& arguments)
         QTextStream out(stdout);
         QTextStream errors(stderr);
         return ImportCommand::run(arguments.mid(2), out, errors);
+    }
+    if (command == u"serve") {
+        QTextStream out(stdout);
+        QTextStream log(stderr);
+        return ServeCommand::run(arguments.mid(2), out, log);
     }
     if (command == u"summary") {
         QTextStream out(stdout);

@@ -11,7 +11,10 @@
 class ErrorLines final : public ErrorReporter, public MessageBoxes {
 public:
     explicit ErrorLines(QTextStream& out) : out_(out) {}
-    void report(const QString& message) override { out_ << QString(message).replace("\r\n", " ").trimmed() << '\n'; }
+    void report(const QString& message) override
+    {
+        out_ << QString(message).replace("\r\n", " ").trimmed() << Qt::endl;  // a line at once, for logs
+    }
     void show(const QString&, const QString& text, Icon) override { report(text); }
     bool askOkCancel(const QString&, const QString& text) override
     {

@@ -38,6 +38,7 @@ public:
     std::optional<QString> next();
     // More than the limit is waiting without an "[END]" that cuts it.
     bool overLimit() const { return buffer_.size() > limit_; }
+    qsizetype limit() const { return limit_; }
     const QString& waiting() const { return buffer_; }
 
 private:
