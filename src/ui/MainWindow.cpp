@@ -12,6 +12,7 @@
 #include "ui/SourceListBox.h"
 #include "ui/WindSummaryTab.h"
 #include "ui/PreferencesDialog.h"
+#include "ui/RemoteClientDialog.h"
 #include "core/cycle/CycleWorker.h"
 #include "ui/StatusPanels.h"
 #include "ui/TrayIcon.h"
@@ -201,7 +202,8 @@ void MainWindow::buildMenus()
     graphMenus.printPreview = addItem(options, tr("Print Preview"), "printPreviewAction");
     connect(addItem(options, tr("Preferences"), "preferencesAction"), &QAction::triggered, this,
             &MainWindow::showPreferences);
-    addItem(options, tr("Remote Data D/L"), "remoteDataAction", false);
+    connect(addItem(options, tr("Remote Data D/L"), "remoteDataAction"), &QAction::triggered, this,
+            &MainWindow::showRemoteCollection);
     graph_->attach(graphMenus);
 
     QMenu* help = menuBar()->addMenu(tr("Help"));
@@ -428,6 +430,20 @@ void MainWindow::preferencesClosed()
     database_->requestLists(database);
     if (!paused_)
         timing_->start();
+}
+
+void MainWindow::showRemoteCollection()
+{
+    if (!database_)
+        return;
+    timing_->stop();  // the download and the cycle would write the same file
+    auto* dialog = new RemoteClientDialog(settings_.primaryDatabase(), store_, *database_, environment_, this);
+    dialog->setAttribute(Qt::WA_DeleteOnClose);
+    connect(dialog, &QDialog::finished, this, [this] {
+        if (!paused_)
+            timing_->start();
+    });
+    dialog->open();
 }
 
 void MainWindow::showDayDiary()

@@ -88,6 +88,7 @@ private:
     void showPreferences();
     void preferencesClosed();
     void showDayDiary();
+    void showRemoteCollection();
     void stopWorker();
 
     SettingsModel& settings_;

@@ -1,4 +1,5 @@
 #include "DatabaseFixture.h"
+#include "support/GeneratedReadings.h"
 
 #include "../mdb/AccessCheck.h"
 #include "core/db/DatabaseSession.h"
@@ -46,32 +47,6 @@ public:
 private:
     QThread thread_;
     QObject context_;
-};
-
-// Readings every ten minutes from `from`, `count` of them.
-class GeneratedReadings final : public ImportReader {
-public:
-    GeneratedReadings(QDateTime from, int count) : time_(std::move(from)), count_(count) {}
-    std::optional<ImportRow> next() override
-    {
-        if (read_ == count_)
-            return std::nullopt;
-        ImportRow row;
-        row.time = time_.addSecs(600 * read_);
-        row.pressure = 1000 + read_ % 30;
-        row.outTemperature = -5 + 0.1 * (read_ % 200);
-        row.windSpeed = read_ % 7;
-        row.windDirection = read_ % 5 == 0 ? QString() : QStringLiteral("WSW");
-        row.rainTotal = 100 + 0.3 * read_;
-        row.trend = -1;
-        ++read_;
-        return row;
-    }
-    double progress() const override { return double(read_) / count_; }
-
-private:
-    QDateTime time_;
-    int count_;
 };
 
 class RemoteCollectionTest : public DatabaseFixture {
@@ -377,4 +352,25 @@ TEST_F(RemoteCollectionTest, ServerAnswersOnlyAllowedAddresses)
     welcome.connectToHost(QHostAddress::LocalHost, allowing->port());
     welcome.write("LS");
     EXPECT_TRUE(waitFor([&] { return welcome.bytesAvailable() > 0; }));
+}
+
+// A local port another program holds: the client connects from any free
+// port and says so in the error log.
+TEST_F(RemoteCollectionTest, ATakenLocalPortGivesWayToAnyFreePort)
+{
+    auto server = startServer();
+    QTcpServer holder;
+    ASSERT_TRUE(holder.listen(QHostAddress::AnyIPv4, 0));
+    RemoteDownload download(local, environment, worker.runner());
+    bool connected = false;
+    QObject::connect(&download.client(), &RemoteClient::connected, [&] { connected = true; });
+    download.client().connectTo("127.0.0.1", server->port(), holder.serverPort());
+    EXPECT_TRUE(waitFor([&] { return connected; }));
+    const QStringList logged = errors.messages();
+    ASSERT_EQ(logged.size(), 1) << logged.join("|").toStdString();
+    EXPECT_TRUE(logged[0].contains(QString("local port %1 is taken").arg(holder.serverPort()))) << logged[0].toStdString();
+    EXPECT_EQ(RemoteClient::portNumber("65535"), 65535);
+    EXPECT_EQ(RemoteClient::portNumber("32768"), 32768) << "beyond a 16-bit signed number";
+    for (const char* refused : {"0", "-1", "65536", "58x", ""})
+        EXPECT_EQ(RemoteClient::portNumber(refused), std::nullopt) << refused;
 }

@@ -1,5 +1,7 @@
 #include "core/remote/RemoteClient.h"
 
+#include <QSignalBlocker>
+
 RemoteClient::RemoteClient(QObject* parent, qsizetype bufferLimit) : QObject(parent), cutter_(bufferLimit)
 {
     socket_.setReadBufferSize(bufferLimit);  // a held socket then leaves the rest with the server
@@ -33,13 +35,20 @@ void RemoteClient::connectTo(const QString& host, quint16 port, quint16 localPor
     socket_.abort();
     cutter_ = RemoteProtocol::MessageCutter(cutter_.limit());
     host_ = host;
-    if (localPort != 0 && !socket_.bind(QHostAddress::AnyIPv4, localPort, QAbstractSocket::ReuseAddressHint)) {
+    if (localPort != 0 && !bindTo(localPort)) {
         emit notice(QString("The local port %1 is taken (%2); connecting from any free port instead.")
                         .arg(localPort)
                         .arg(socket_.errorString()));
+        QSignalBlocker quiet(socket_);
         socket_.abort();
     }
     socket_.connectToHost(host, port);
+}
+
+bool RemoteClient::bindTo(quint16 localPort)
+{
+    QSignalBlocker quiet(socket_);  // a port that is taken is told as a notice, not as a socket error
+    return socket_.bind(QHostAddress::AnyIPv4, localPort, QAbstractSocket::ReuseAddressHint);
 }
 
 bool RemoteClient::isOpen() const

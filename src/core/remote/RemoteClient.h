@@ -53,6 +53,7 @@ signals:
     void closed();
 
 private:
+    bool bindTo(quint16 localPort);
     void receive();
     void handle(const QString& message);
 
