@@ -3,6 +3,8 @@
 #include "core/errors/ErrorReporter.h"
 #include "core/errors/MessageBoxes.h"
 
+#include <QByteArray>
+#include <QFile>
 #include <QString>
 
 // What the benches share: where the errors of the timed work go, and how a
@@ -23,4 +25,18 @@ public:
 inline QString milliseconds(double ms)
 {
     return QString::number(ms, 'f', ms < 10 ? 2 : 1) + " ms";
+}
+
+// A memory figure of a process in MB from its /proc status file ("VmRSS",
+// in use now; "VmHWM", the most it has used), 0 where there is none.
+inline double statusMegabytes(const QString& statusFile, const QByteArray& field)
+{
+    QFile status(statusFile);
+    if (!status.open(QIODevice::ReadOnly))
+        return 0;
+    for (const QByteArray& line : status.readAll().split('\n')) {
+        if (line.startsWith(field + ":"))
+            return line.mid(field.size() + 1).trimmed().split(' ').value(0).toDouble() / 1024;
+    }
+    return 0;
 }

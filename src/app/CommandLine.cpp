@@ -3,6 +3,7 @@
 #include "app/GraphCommand.h"
 #include "app/ImportBench.h"
 #include "app/ImportCommand.h"
+#include "app/RemoteBench.h"
 #include "app/ServeCommand.h"
 #include "app/SummaryCommand.h"
 
@@ -82,6 +83,8 @@ const char* const kUsage =
     "                       and drawing a year's and a week's graph into a GIF.\n"
     "  bench import [HISTORY.dat]  time importing HISTORY.dat (twice) and a generated\n"
     "                       ten-year history of one-minute records.\n"
+    "  bench remote [TEN-YEARS.mdb]  time downloading a year and ten years of the\n"
+    "                       bench's ten-year database from nimbrel serve.\n"
     "  --verify             (with any other command or the window) check the database\n"
     "                       after every change Nimbrel writes.\n";
 
@@ -359,8 +362,10 @@ int runBench(const QStringList& arguments)
         return runDatabaseBench(out, errors, arguments.value(1));
     if (arguments.value(0) == u"import" && arguments.size() <= 2)
         return runImportBench(out, errors, arguments.value(1));
-    errors << "nimbrel bench: the benches are \"db\" (nimbrel bench db [FOLDER]) and \"import\" "
-              "(nimbrel bench import [HISTORY.dat])\n";
+    if (arguments.value(0) == u"remote" && arguments.size() <= 2)
+        return runRemoteBench(out, errors, arguments.value(1));
+    errors << "nimbrel bench: the benches are \"db\" (nimbrel bench db [FOLDER]), \"import\" "
+              "(nimbrel bench import [HISTORY.dat]) and \"remote\" (nimbrel bench remote [TEN-YEARS.mdb])\n";
     return 2;
 }
 

@@ -61,7 +61,9 @@ struct Weather {
     double noise(double spread) { return std::normal_distribution<double>(0, spread)(random); }
 };
 
-bool buildTenYears(const QString& path, QTextStream& out, QTextStream& errors)
+}  // namespace
+
+bool buildTenYearDatabase(const QString& path, QTextStream& out, QTextStream& errors)
 {
     if (mdb::Status created = NimbrelSchema::createDatabase(path.toStdString()); !created) {
         errors << "cannot create " << path << ": " << QString::fromStdString(created.error().message) << '\n';
@@ -95,6 +97,8 @@ bool buildTenYears(const QString& path, QTextStream& out, QTextStream& errors)
     out << "File size: " << QString::number(double(QFileInfo(path).size()) / 1e6, 'f', 1) << " MB\n";
     return true;
 }
+
+namespace {
 
 bool timeLogReading(const QString& path, const Environment& environment, BenchErrors& reported,
                     QTextStream& out, QTextStream& errors)
@@ -171,7 +175,7 @@ int runDatabaseBench(QTextStream& out, QTextStream& errors, const QString& keepI
 
     out << "Database bench: one source, a reading every ten minutes for ten years\n";
     out.flush();
-    if (!buildTenYears(path, out, errors))
+    if (!buildTenYearDatabase(path, out, errors))
         return 1;
     out.flush();
     if (!timeLogReading(path, environment, reported, out, errors))

@@ -11,3 +11,8 @@
 // With `keepIn` given, the database is built in that folder and kept.
 // Returns 0, or 1 when a step fails (the reason on `errors`).
 int runDatabaseBench(QTextStream& out, QTextStream& errors, const QString& keepIn = {});
+
+// Builds the bench's ten-year database at `path`: one source, "Bench
+// Station" (number 0), a reading every ten minutes from 1 January 2016
+// (525,600 readings). False after a line on `errors`.
+bool buildTenYearDatabase(const QString& path, QTextStream& out, QTextStream& errors);

@@ -22,14 +22,7 @@ constexpr qint64 kTenYears = 10LL * 365 * 1440 + 2 * 1440;  // one-minute record
 // The memory the process uses now (resident set, MB), from /proc; 0 elsewhere.
 double residentMegabytes()
 {
-    QFile status("/proc/self/status");
-    if (!status.open(QIODevice::ReadOnly))
-        return 0;
-    for (const QByteArray& line : status.readAll().split('\n')) {
-        if (line.startsWith("VmRSS:"))
-            return line.mid(6).trimmed().split(' ').value(0).toDouble() / 1024;
-    }
-    return 0;
+    return statusMegabytes("/proc/self/status", "VmRSS");
 }
 
 bool makeDatabase(const QString& path, const Environment& environment, QTextStream& errors)

@@ -2,7 +2,11 @@
 
 #include "core/db/DatabaseSession.h"
 
+#include <algorithm>
+
 namespace {
+
+constexpr qint64 kFirstWindowDays = 4;
 
 const QStringList kColumns = {"Pressure", "InTemperature", "InHumidity", "OutTemperature", "OutHumidity",
                               "Dewpoint", "Windchill",     "WindSpeed",  "WindDir",        "RainTotal",
@@ -43,27 +47,38 @@ mdb::Result<std::vector<ImportRow>> ReadingCursor::next(int limit, const Environ
     if (!table)
         return table.error();
 
+    // A range read gathers the whole range's index entries first, so the
+    // range is a window of days after the cursor, not the rest of the file;
+    // a window without readings (a gap, or the end) is widened eightfold.
+    static const QDateTime end(QDate(9999, 12, 31), QTime(23, 59));
     std::vector<ImportRow> rows;
-    int skip = sentAtLast_;
-    const QDateTime end(QDate(9999, 12, 31), QTime(23, 59));
-    const mdb::Status read = (*session)->rowsBetween(
-        *table, {{"SourceID", dataID_}}, {"DateRead", last_}, end,
-        [&](const mdb::Row& stored) {
-            ImportRow row = rowOf(*table, stored);
-            if (row.time == last_ && skip > 0) {
-                --skip;  // sent with the chunk before
-                return true;
-            }
-            rows.push_back(std::move(row));
-            return int(rows.size()) < limit;
-        },
-        kColumns);
-    if (!read)
-        return read.error();
-
-    for (const ImportRow& row : rows) {
-        sentAtLast_ = row.time == last_ ? sentAtLast_ + 1 : 1;
-        last_ = row.time;
+    qint64 windowDays = kFirstWindowDays;
+    while (int(rows.size()) < limit) {
+        const QDateTime high = std::min(last_.addDays(windowDays), end);
+        const QDateTime from = last_;
+        int skip = sentAtLast_;
+        const std::size_t before = rows.size();
+        const mdb::Status read = (*session)->rowsBetween(
+            *table, {{"SourceID", dataID_}}, {"DateRead", from}, high,
+            [&](const mdb::Row& stored) {
+                ImportRow row = rowOf(*table, stored);
+                if (row.time == from && skip > 0) {
+                    --skip;  // sent before
+                    return true;
+                }
+                sentAtLast_ = row.time == last_ ? sentAtLast_ + 1 : 1;
+                last_ = row.time;
+                rows.push_back(std::move(row));
+                return int(rows.size()) < limit;
+            },
+            kColumns);
+        if (!read)
+            return read.error();
+        if (rows.size() == before) {
+            if (high == end)
+                break;
+            windowDays *= 8;
+        }
     }
     return rows;
 }
