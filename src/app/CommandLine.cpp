@@ -3,6 +3,7 @@
 #include "app/GraphCommand.h"
 #include "app/ImportBench.h"
 #include "app/ImportCommand.h"
+#include "app/HeadlessRun.h"
 #include "app/RemoteBench.h"
 #include "app/ServeCommand.h"
 #include "app/SummaryCommand.h"
@@ -73,6 +74,11 @@ const char* const kUsage =
     "                       store the past readings of a saved observations page or\n"
     "                       of the station program's history.dat as readings of\n"
     "                       SOURCE, leaving out those already there.\n"
+    "  run --headless [--settings FILE]\n"
+    "                       the refresh cycle without a window, tray or display (for a\n"
+    "                       service): read, log, export on the ten-minute marks; errors\n"
+    "                       to the error log, mail and standard error. SIGHUP reads the\n"
+    "                       settings again, SIGTERM stops it.\n"
     "  serve DATABASE [--port N] [--bind ADDRESS] [--allow CIDR]...\n"
     "                       serve the sources and readings of DATABASE to the Remote\n"
     "                       Data D/L of other Nimbrels (read-only; 127.0.0.1 port\n"
@@ -380,13 +386,14 @@ bool isCommand(const QStringList& arguments)
     const QString& command = arguments.at(1);
     static const QStringList commands{"--help",    "-h",        "--version", "read", "mdb-dump",
                                       "create-db", "verify-db", "bench",     "simulate", "export-graph", "summary", "import",
-                                      "serve"};
+                                      "serve", "run"};
     return commands.contains(command);
 }
 
 bool drawsPictures(const QStringList& arguments)
 {
-    return arguments.value(1) == u"export-graph" || arguments.value(1) == u"bench" || arguments.value(1) == u"summary";
+    static const QStringList drawing{"export-graph", "bench", "summary", "run"};
+    return drawing.contains(arguments.value(1));
 }
 
 int refuse(const QStringList& arguments)
@@ -396,7 +403,12 @@ int refuse(const QStringList& arguments)
     return 2;
 }
 
-int run(const QStringList& arguments)
+bool takesSpeed(const QStringList& arguments)
+{
+    return arguments.value(1) == u"run";
+}
+
+int run(const QStringList& arguments, double speed)
 {
     const QString command = arguments.value(1);
     if (command == u"--version") {
@@ -423,6 +435,11 @@ int run(const QStringList& arguments)
         QTextStream out(stdout);
         QTextStream errors(stderr);
         return ImportCommand::run(arguments.mid(2), out, errors);
+    }
+    if (command == u"run") {
+        QTextStream out(stdout);
+        QTextStream log(stderr);
+        return HeadlessRun::run(arguments.mid(2), speed, out, log);
     }
     if (command == u"serve") {
         QTextStream out(stdout);

@@ -1,7 +1,7 @@
 #include "app/ServeCommand.h"
 
 #include "app/ErrorLines.h"
-#include "app/StopSignals.h"
+#include "app/ProcessSignals.h"
 
 #include "core/remote/RemoteServer.h"
 #include "core/text/Clock.h"
@@ -102,7 +102,7 @@ int run(const QStringList& arguments, QTextStream& out, QTextStream& log)
     }
     log << "nimbrel serve: serving " << options->database << " on " << options->bind.toString() << " port "
         << server.port() << Qt::endl;
-    onStopSignals([&](int signal) {
+    onSignals([&](int signal) {
         log << "nimbrel serve: stopping (" << (signal == SIGTERM ? "SIGTERM" : "SIGINT") << ")" << Qt::endl;
         server.close();
         QCoreApplication::quit();

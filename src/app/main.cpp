@@ -144,16 +144,16 @@ int main(int argc, char** argv)
         mdb::DatabaseWriter::verifyEveryCommit(true);
     const bool demoMode = arguments.removeAll(QStringLiteral("--demo")) > 0;
     const std::optional<double> speed = takeSpeed(arguments);
-    if (!speed || (*speed > 1 && !demoMode)) {
+    if (!speed || (*speed > 1 && !demoMode && !CommandLine::takesSpeed(arguments))) {
         if (speed)
-            QTextStream(stderr) << "nimbrel: --speed runs the demo's clock faster; give it with --demo\n";
+            QTextStream(stderr) << "nimbrel: --speed runs the clock faster; give it with --demo or run --headless\n";
         return 2;
     }
     if (!demoMode && CommandLine::isCommand(arguments)) {
         if (CommandLine::drawsPictures(arguments)) {
             qputenv("QT_QPA_PLATFORM", "offscreen");  // no window: no screen needed
             QGuiApplication app(argc, argv);  // fonts for the pictures, no widgets
-            return CommandLine::run(arguments);
+            return CommandLine::run(arguments, *speed);
         }
         QCoreApplication app(argc, argv);
         return CommandLine::run(arguments);

@@ -21,6 +21,12 @@ RemoteClient::RemoteClient(QObject* parent, qsizetype bufferLimit) : QObject(par
     });
 }
 
+RemoteClient::~RemoteClient()
+{
+    // The socket closes as it goes, after the timer: its signals must find nobody.
+    socket_.disconnect(this);
+}
+
 std::optional<quint16> RemoteClient::portNumber(const QString& text)
 {
     bool isNumber = false;

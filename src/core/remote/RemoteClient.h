@@ -20,6 +20,7 @@ public:
     static constexpr qsizetype kBufferLimit = 1024 * 1024;
 
     explicit RemoteClient(QObject* parent = nullptr, qsizetype bufferLimit = kBufferLimit);
+    ~RemoteClient() override;
 
     // A port number from its text: 1 to 65535, else none.
     static std::optional<quint16> portNumber(const QString& text);

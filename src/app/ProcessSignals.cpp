@@ -1,4 +1,4 @@
-#include "app/StopSignals.h"
+#include "app/ProcessSignals.h"
 
 #include <QCoreApplication>
 #include <QSocketNotifier>
@@ -20,20 +20,20 @@ void forward(int signal)
 
 }  // namespace
 
-void onStopSignals(std::function<void(int signal)> stop)
+void onSignals(std::function<void(int signal)> handle, std::initializer_list<int> which)
 {
     if (::socketpair(AF_UNIX, SOCK_STREAM, 0, signalPipe) != 0)
         return;
     auto* notifier = new QSocketNotifier(signalPipe[0], QSocketNotifier::Read, QCoreApplication::instance());
-    QObject::connect(notifier, &QSocketNotifier::activated, notifier, [stop = std::move(stop)] {
+    QObject::connect(notifier, &QSocketNotifier::activated, notifier, [handle = std::move(handle)] {
         unsigned char number = 0;
         if (::read(signalPipe[0], &number, 1) == 1)
-            stop(number);
+            handle(number);
     });
     struct sigaction action {};
     action.sa_handler = forward;
     sigemptyset(&action.sa_mask);
     action.sa_flags = SA_RESTART;
-    sigaction(SIGTERM, &action, nullptr);
-    sigaction(SIGINT, &action, nullptr);
+    for (int signal : which)
+        sigaction(signal, &action, nullptr);
 }
