@@ -3,6 +3,7 @@
 #include "app/GraphCommand.h"
 #include "app/ImportBench.h"
 #include "app/ImportCommand.h"
+#include "app/CommandArguments.h"
 #include "app/HeadlessRun.h"
 #include "app/RemoteBench.h"
 #include "app/ServeCommand.h"
@@ -135,23 +136,22 @@ void printReading(QTextStream& out, bool result, const WeatherReading& w)
 
 int runRead(const QStringList& arguments)
 {
-    QStringList files;
-    bool feed = false;
-    for (const QString& argument : arguments) {
-        if (argument == u"--feed")
-            feed = true;
-        else
-            files << argument;
-    }
-    if (files.size() != 1) {
-        QTextStream(stderr) << "nimbrel read: give one data file, for example: nimbrel read currdat.lst\n";
-        return 2;
-    }
+    QTextStream out(stdout);
+    QTextStream errorLines(stderr);
+    CommandArguments command("read",
+                             "Usage: nimbrel read FILE [--feed]\n"
+                             "Reads a station's current-data file (currdat.lst), or with --feed a saved\n"
+                             "weather feed page, and prints the reading: \"Result: true|false\", then one\n"
+                             "\"Name: value\" line per value. Read errors go to standard error.\n",
+                             {{"feed", "FILE is a saved weather feed page"}}, 1, 1);
+    if (int code = 0; !command.read(arguments, out, errorLines, code))
+        return code;
+    const QStringList files = command.positional();
+    const bool feed = command.isSet("feed");
 
     StandardErrorReporter errors;
     WeatherReading reading;
     const bool result = reading.readSourceFile(files.first(), feed ? SourceKind::Feed : SourceKind::StationFile, errors, QDateTime::currentDateTime());
-    QTextStream out(stdout);
     printReading(out, result, reading);
     return result ? 0 : 1;
 }
@@ -232,18 +232,23 @@ mdb::Result<std::unique_ptr<mdb::Database>> openForCommand(const QString& comman
     return database;
 }
 
-int runMdbDump(const QStringList& arguments)
+int runMdbDump(const QStringList& given)
 {
-    if (arguments.isEmpty() || arguments.size() > 2) {
-        QTextStream(stderr) << "nimbrel mdb-dump: give a database file and optionally a table\n";
-        return 2;
-    }
+    QTextStream out(stdout);
+    QTextStream errors(stderr);
+    CommandArguments command("mdb-dump",
+                             "Usage: nimbrel mdb-dump FILE [TABLE]\n"
+                             "Lists the tables of an Access database with their columns, indexes and row\n"
+                             "counts, or prints the rows of TABLE, tab-separated.\n",
+                             {}, 1, 2);
+    if (int code = 0; !command.read(given, out, errors, code))
+        return code;
+    const QStringList arguments = command.positional();
     auto database = openForCommand("mdb-dump", arguments.first().toStdString());
     if (!database) {
-        QTextStream(stderr) << "nimbrel mdb-dump: " << QString::fromStdString(database.error().message) << '\n';
+        errors << "nimbrel mdb-dump: " << QString::fromStdString(database.error().message) << '\n';
         return 1;
     }
-    QTextStream out(stdout);
     if (arguments.size() == 2)
         return printRows(out, **database, arguments.at(1).toStdString());
     out << QString::fromStdString((*database)->layout().name) << ", code page " << (*database)->header().codePage << '\n';
@@ -252,12 +257,18 @@ int runMdbDump(const QStringList& arguments)
     return 0;
 }
 
-int runCreateDb(const QStringList& arguments)
+int runCreateDb(const QStringList& given)
 {
-    if (arguments.size() != 1) {
-        QTextStream(stderr) << "nimbrel create-db: give the path of the new database\n";
-        return 2;
-    }
+    QTextStream out(stdout);
+    QTextStream errors(stderr);
+    CommandArguments command("create-db",
+                             "Usage: nimbrel create-db FILE\n"
+                             "Makes a new Access database with Nimbrel's tables (History, Sources,\n"
+                             "Favorites, Traces, DayDiary); never writes over an existing file.\n",
+                             {}, 1, 1);
+    if (int code = 0; !command.read(given, out, errors, code))
+        return code;
+    const QStringList arguments = command.positional();
     if (mdb::Status created = NimbrelSchema::createDatabase(arguments.first().toStdString()); !created) {
         QTextStream(stderr) << "nimbrel create-db: " << QString::fromStdString(created.error().message) << '\n';
         return 1;
@@ -286,13 +297,23 @@ mdb::Status repairDatabase(const std::string& path)
 
 int runVerifyDb(const QStringList& arguments)
 {
-    const bool repair = arguments.contains(u"--repair"_qs);
-    const bool listNotes = arguments.contains(u"--notes"_qs);
-    const QStringList files = QStringList(arguments).filter(QRegularExpression("^(?!--repair$|--notes$)"));
-    if (files.size() != 1) {
-        QTextStream(stderr) << "nimbrel verify-db: give a database file (nimbrel verify-db FILE [--repair] [--notes])\n";
-        return 2;
-    }
+    QTextStream out(stdout);
+    QTextStream errors(stderr);
+    CommandArguments command("verify-db",
+                             "Usage: nimbrel verify-db FILE [--repair] [--notes]\n"
+                             "Checks an Access database's rows, indexes and page maps; exit code 1 when\n"
+                             "it finds a problem.\n"
+                             "  --notes    also list what Access itself leaves behind (no fault)\n"
+                             "  --repair   first rewrite what earlier versions of Nimbrel wrote in forms\n"
+                             "             other programs cannot read\n",
+                             {{"repair", "rewrite what earlier versions wrote in forms others cannot read"},
+                              {"notes", "list what Access itself leaves behind"}},
+                             1, 1);
+    if (int code = 0; !command.read(arguments, out, errors, code))
+        return code;
+    const bool repair = command.isSet("repair");
+    const bool listNotes = command.isSet("notes");
+    const QStringList files = command.positional();
     const std::string path = files.first().toStdString();
     if (repair) {
         if (mdb::Status repaired = repairDatabase(path); !repaired) {
@@ -306,7 +327,6 @@ int runVerifyDb(const QStringList& arguments)
         return 1;
     }
     const mdb::VerifyReport report = mdb::verifyDatabase(**database);
-    QTextStream out(stdout);
     for (const std::string& problem : report.problems)
         out << QString::fromStdString(problem) << '\n';
     if (listNotes) {
@@ -326,20 +346,23 @@ int runVerifyDb(const QStringList& arguments)
 
 int runSimulate(const QStringList& arguments)
 {
+    QTextStream out(stdout);
     QTextStream errors(stderr);
-    const bool once = arguments.contains("--once");
-    const QStringList files = QStringList(arguments).filter(QRegularExpression("^(?!--once$)"));
-    if (files.size() != 1) {
-        errors << "nimbrel simulate: give the current-data file to write (nimbrel simulate FILE [--once])\n";
-        return 2;
-    }
+    CommandArguments command("simulate",
+                             "Usage: nimbrel simulate FILE [--once]\n"
+                             "Is a weather station: writes a current-data file to FILE now and as every\n"
+                             "minute begins, until stopped (with --once: now only).\n",
+                             {{"once", "write the file once and stop"}}, 1, 1);
+    if (int code = 0; !command.read(arguments, out, errors, code))
+        return code;
+    const bool once = command.isSet("once");
+    const QStringList files = command.positional();
     const QString path = files.first();
     QString error;
     if (!StationSimulator::writeCurrentDataFile(path, QDateTime::currentDateTime(), error)) {
         errors << "nimbrel simulate: " << error << '\n';
         return 1;
     }
-    QTextStream out(stdout);
     out << "Wrote " << path << '\n';
     if (once)
         return 0;
@@ -364,15 +387,24 @@ int runBench(const QStringList& arguments)
 {
     QTextStream errors(stderr);
     QTextStream out(stdout);
-    if (arguments.value(0) == u"db" && arguments.size() <= 2)
-        return runDatabaseBench(out, errors, arguments.value(1));
-    if (arguments.value(0) == u"import" && arguments.size() <= 2)
-        return runImportBench(out, errors, arguments.value(1));
-    if (arguments.value(0) == u"remote" && arguments.size() <= 2)
-        return runRemoteBench(out, errors, arguments.value(1));
-    errors << "nimbrel bench: the benches are \"db\" (nimbrel bench db [FOLDER]), \"import\" "
-              "(nimbrel bench import [HISTORY.dat]) and \"remote\" (nimbrel bench remote [TEN-YEARS.mdb])\n";
-    return 2;
+    CommandArguments command("bench",
+                             "Usage: nimbrel bench db|import|remote [PATH]\n"
+                             "  db [FOLDER]              build a ten-year database (in FOLDER, kept) and time\n"
+                             "                           logging, range reads, graphs and summaries\n"
+                             "  import [HISTORY.dat]     time importing a history (twice) and a generated\n"
+                             "                           ten-year history\n"
+                             "  remote [TEN-YEARS.mdb]   time downloads from nimbrel serve\n",
+                             {}, 1, 2);
+    if (int code = 0; !command.read(arguments, out, errors, code))
+        return code;
+    const QString bench = command.positional().value(0), path = command.positional().value(1);
+    if (bench == u"db")
+        return runDatabaseBench(out, errors, path);
+    if (bench == u"import")
+        return runImportBench(out, errors, path);
+    if (bench == u"remote")
+        return runRemoteBench(out, errors, path);
+    return command.usageError(errors, "there is no bench \"" + bench + "\"");
 }
 
 }  // namespace
@@ -428,8 +460,9 @@ int run(const QStringList& arguments, double speed)
     if (command == u"simulate")
         return runSimulate(arguments.mid(2));
     if (command == u"export-graph") {
+        QTextStream out(stdout);
         QTextStream errors(stderr);
-        return GraphCommand::run(arguments.mid(2), errors);
+        return GraphCommand::run(arguments.mid(2), out, errors);
     }
     if (command == u"import") {
         QTextStream out(stdout);

@@ -1,5 +1,6 @@
 #include "app/GraphCommand.h"
 
+#include "app/CommandArguments.h"
 #include "app/ErrorLines.h"
 
 #include "core/export/PictureExport.h"
@@ -12,6 +13,8 @@
 #include <QSettings>
 
 #include <memory>
+#include <string_view>
+#include <variant>
 
 namespace GraphCommand {
 
@@ -26,37 +29,38 @@ struct Options {
     QString settingsFile;
 };
 
-std::optional<Options> parse(const QStringList& arguments, QTextStream& errors)
+const char* const kUsage =
+    "Usage: nimbrel export-graph DATABASE FAVOURITE OUT.gif [--to DATE] [--from DATE] [--settings FILE]\n"
+    "Draws a saved favourite graph (by name or number) into a GIF picture, without a\n"
+    "window: the favourite's span of days up to today, or to --to (dates as\n"
+    "yyyy-MM-dd), with the axis ranges and export colours of your preferences (or of\n"
+    "the settings file given).\n"
+    "Example: nimbrel export-graph \"Weather.mdb\" \"Temperatures this week\" /var/www/week.gif\n";
+
+// The options, or the exit code after the help or a usage error.
+std::variant<Options, int> parse(const QStringList& arguments, QTextStream& out, QTextStream& errors)
 {
+    CommandArguments command("export-graph", kUsage,
+                             {{"to", "the last day", "DATE"},
+                              {"from", "the first day", "DATE"},
+                              {"settings", "the settings to draw with (an INI file)", "FILE"}},
+                             3, 3);
+    if (int code = 0; !command.read(arguments, out, errors, code))
+        return code;
     Options options;
-    QStringList plain;
-    for (int i = 0; i < arguments.size(); ++i) {
-        const QString& argument = arguments[i];
-        const bool valued = argument == u"--to" || argument == u"--from" || argument == u"--settings";
-        if (!valued) {
-            plain << argument;
+    for (const char* name : {"to", "from"}) {
+        if (!command.isSet(name))
             continue;
-        }
-        const QString value = arguments.value(++i);
-        if (argument == u"--settings") {
-            options.settingsFile = value;
-            continue;
-        }
-        const QDate date = QDate::fromString(value, Qt::ISODate);
-        if (!date.isValid()) {
-            errors << "nimbrel export-graph: " << argument << " wants a date as yyyy-MM-dd, not \"" << value << "\"\n";
-            return std::nullopt;
-        }
-        (argument == u"--to" ? options.to : options.from) = date;
+        const QDate date = QDate::fromString(command.value(name), Qt::ISODate);
+        if (!date.isValid())
+            return command.usageError(errors, QString("--%1 wants a date as yyyy-MM-dd, not \"%2\"")
+                                                  .arg(name, command.value(name)));
+        (name == std::string_view("to") ? options.to : options.from) = date;
     }
-    if (plain.size() != 3) {
-        errors << "nimbrel export-graph: give DATABASE FAVOURITE OUT.gif, for example:\n"
-                  "  nimbrel export-graph \"Weather.mdb\" \"Temperatures this week\" /var/www/week.gif\n";
-        return std::nullopt;
-    }
-    options.database = plain[0];
-    options.favourite = plain[1];
-    options.output = plain[2];
+    options.settingsFile = command.value("settings");
+    options.database = command.positional()[0];
+    options.favourite = command.positional()[1];
+    options.output = command.positional()[2];
     return options;
 }
 
@@ -94,11 +98,12 @@ bool writePicture(HistoryGraph& graph, const SettingsModel& settings, GraphRende
     return PictureExport::writePicture(*graph.data(), path, colours, renderer, error);
 }
 
-int run(const QStringList& arguments, QTextStream& errors)
+int run(const QStringList& arguments, QTextStream& out, QTextStream& errors)
 {
-    const std::optional<Options> options = parse(arguments, errors);
-    if (!options)
-        return 2;
+    const std::variant<Options, int> parsed = parse(arguments, out, errors);
+    if (const int* code = std::get_if<int>(&parsed))
+        return *code;
+    const Options* options = &std::get<Options>(parsed);
     ErrorLines lines(errors);
     SystemClock clock;
     const Environment environment{lines, lines, clock};

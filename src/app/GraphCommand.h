@@ -17,7 +17,7 @@ namespace GraphCommand {
 // export-graph DATABASE FAVOURITE OUT.gif [--to yyyy-MM-dd] [--from yyyy-MM-dd] [--settings FILE]
 // FAVOURITE is a favourite's name or its number. The end date is today
 // unless given; the first day is the favourite's span before it unless given.
-int run(const QStringList& arguments, QTextStream& errors);
+int run(const QStringList& arguments, QTextStream& out, QTextStream& errors);
 
 // Draws `graph` as it is set and writes it to `path` as a 613 x 467 GIF in
 // the export colours; false with `error` when it could not.

@@ -1,6 +1,7 @@
 #include "app/HeadlessRun.h"
 
 #include "app/SingleInstance.h"
+#include "app/CommandArguments.h"
 #include "app/ProcessSignals.h"
 
 #include "core/cycle/CycleWorker.h"
@@ -11,7 +12,6 @@
 #include "core/settings/SettingsModel.h"
 #include "core/text/Clock.h"
 
-#include <QCommandLineParser>
 #include <QCoreApplication>
 #include <QDateTime>
 #include <QDir>
@@ -113,22 +113,14 @@ QString defaultFolder()
 
 int run(const QStringList& arguments, double speed, QTextStream& out, QTextStream& log)
 {
-    QCommandLineParser parser;
-    parser.addOptions({{"headless", "run without a window"},
-                       {"settings", "the settings to run with (an INI file)", "FILE"},
-                       {{"h", "help"}, "show this help"}});
-    if (!parser.parse(QStringList{"nimbrel run"} + arguments)) {
-        log << "nimbrel run: " << parser.errorText() << "\n\n" << kUsage << Qt::flush;
-        return 2;
-    }
-    if (parser.isSet("help")) {
-        out << kUsage;
-        return 0;
-    }
-    if (!parser.isSet("headless") || !parser.positionalArguments().isEmpty()) {
-        log << "nimbrel run: wants --headless (the window starts without a command)\n\n" << kUsage << Qt::flush;
-        return 2;
-    }
+    CommandArguments parser("run", kUsage,
+                            {{"headless", "run without a window"},
+                             {"settings", "the settings to run with (an INI file)", "FILE"}},
+                            0, 0);
+    if (int code = 0; !parser.read(arguments, out, log, code))
+        return code;
+    if (!parser.isSet("headless"))
+        return parser.usageError(log, "wants --headless (the window starts without a command)");
     const QString settingsFile = parser.isSet("settings") ? QFileInfo(parser.value("settings")).absoluteFilePath()
                                                           : QSettings().fileName();
     SingleInstance instance(settingsFile);

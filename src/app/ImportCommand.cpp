@@ -1,5 +1,6 @@
 #include "app/ImportCommand.h"
 
+#include "app/CommandArguments.h"
 #include "app/ErrorLines.h"
 #include "app/SourceArgument.h"
 
@@ -9,7 +10,6 @@
 #include "core/text/Clock.h"
 #include "core/text/DateText.h"
 
-#include <QCommandLineParser>
 #include <QFile>
 #include <QFileInfo>
 
@@ -28,39 +28,27 @@ const char* const kUsage =
     "Of a history, every record is stored (--every-record, the default) or the\n"
     "first of every N minutes (--cycle N, 10 to 60, as the log cycle).\n";
 
-int usage(QTextStream& errors, const QString& problem)
-{
-    errors << "nimbrel import: " << problem << "\n\n" << kUsage;
-    return 2;
-}
-
 }  // namespace
 
 int run(const QStringList& arguments, QTextStream& out, QTextStream& errors)
 {
-    QCommandLineParser parser;
-    parser.addOptions({{"pages", "FILE is a saved observations page"},
-                       {"history", "FILE is the station program's history.dat"},
-                       {"every-record", "store every record of a history (the default)"},
-                       {"cycle", "store the first record of every N minutes", "N"},
-                       {{"h", "help"}, "show this help"}});
-    if (!parser.parse(QStringList{"nimbrel import"} + arguments))
-        return usage(errors, parser.errorText());
-    if (parser.isSet("help")) {
-        out << kUsage;
-        return 0;
-    }
-    const QStringList plain = parser.positionalArguments();
-    if (plain.size() != 3)
-        return usage(errors, "wants DATABASE SOURCE FILE");
+    CommandArguments parser("import", kUsage,
+                            {{"pages", "FILE is a saved observations page"},
+                             {"history", "FILE is the station program's history.dat"},
+                             {"every-record", "store every record of a history (the default)"},
+                             {"cycle", "store the first record of every N minutes", "N"}},
+                            3, 3);
+    if (int code = 0; !parser.read(arguments, out, errors, code))
+        return code;
+    const QStringList plain = parser.positional();
     if (parser.isSet("pages") && parser.isSet("history"))
-        return usage(errors, "--pages or --history, not both");
+        return parser.usageError(errors, "--pages or --history, not both");
     int cycle = 0;
     if (parser.isSet("cycle")) {
         bool number = false;
         cycle = parser.value("cycle").toInt(&number);
         if (!number || cycle < 1 || cycle > 1440 || parser.isSet("every-record"))
-            return usage(errors, "--cycle wants a number of minutes (1 to 1440), and no --every-record");
+            return parser.usageError(errors, "--cycle wants a number of minutes (1 to 1440), and no --every-record");
     }
     const QString database = plain[0], path = plain[2];
     if (!QFileInfo(database).isFile()) {

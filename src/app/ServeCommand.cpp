@@ -1,12 +1,12 @@
 #include "app/ServeCommand.h"
 
+#include "app/CommandArguments.h"
 #include "app/ErrorLines.h"
 #include "app/ProcessSignals.h"
 
 #include "core/remote/RemoteServer.h"
 #include "core/text/Clock.h"
 
-#include <QCommandLineParser>
 #include <QCoreApplication>
 #include <QDateTime>
 #include <QFileInfo>
@@ -28,14 +28,8 @@ const char* const kUsage =
     "                    may be given more than once\n"
     "The protocol has no password: serve on a home network only.\n";
 
-int usage(QTextStream& log, const QString& problem)
-{
-    log << "nimbrel serve: " << problem << "\n\n" << kUsage << Qt::flush;
-    return 2;
-}
-
 // The options after the database, or the usage problem.
-std::optional<ServerOptions> parse(const QCommandLineParser& parser, QString& problem)
+std::optional<ServerOptions> parse(const CommandArguments& parser, QString& problem)
 {
     ServerOptions options;
     if (parser.isSet("port")) {
@@ -66,24 +60,18 @@ std::optional<ServerOptions> parse(const QCommandLineParser& parser, QString& pr
 
 int run(const QStringList& arguments, QTextStream& out, QTextStream& log)
 {
-    QCommandLineParser parser;
-    parser.addOptions({{"port", "the port to listen on", "N"},
-                       {"bind", "the address to listen on", "ADDRESS"},
-                       {"allow", "answer only peers in this network", "CIDR"},
-                       {{"h", "help"}, "show this help"}});
-    if (!parser.parse(QStringList{"nimbrel serve"} + arguments))
-        return usage(log, parser.errorText());
-    if (parser.isSet("help")) {
-        out << kUsage;
-        return 0;
-    }
-    if (parser.positionalArguments().size() != 1)
-        return usage(log, "wants one DATABASE");
+    CommandArguments parser("serve", kUsage,
+                            {{"port", "the port to listen on", "N"},
+                             {"bind", "the address to listen on", "ADDRESS"},
+                             {"allow", "answer only peers in this network", "CIDR"}},
+                            1, 1);
+    if (int code = 0; !parser.read(arguments, out, log, code))
+        return code;
     QString problem;
     std::optional<ServerOptions> options = parse(parser, problem);
     if (!options)
-        return usage(log, problem);
-    options->database = parser.positionalArguments().front();
+        return parser.usageError(log, problem);
+    options->database = parser.positional().front();
     if (!QFileInfo(options->database).isFile()) {
         log << "nimbrel serve: no database " << options->database << Qt::endl;
         return 1;

@@ -1,5 +1,6 @@
 #include "app/SummaryCommand.h"
 
+#include "app/CommandArguments.h"
 #include "app/ErrorLines.h"
 #include "app/SourceArgument.h"
 
@@ -14,7 +15,6 @@
 #include "core/text/Clock.h"
 #include "core/text/NumberText.h"
 
-#include <QCommandLineParser>
 #include <QCoreApplication>
 #include <QFileInfo>
 #include <QSettings>
@@ -87,7 +87,7 @@ bool writeGif(const plot::Chart& chart, const QString& path, QTextStream& errors
 // One summary, once the source is known: prints it and draws its picture.
 class Summary {
 public:
-    Summary(const QCommandLineParser& parser, const SettingsModel& settings, const Environment& environment,
+    Summary(const CommandArguments& parser, const SettingsModel& settings, const Environment& environment,
             QTextStream& out, QTextStream& errors)
         : parser_(parser), settings_(settings), environment_(environment), out_(out), errors_(errors),
           text_(StoredColour::toColour(settings.fontColourExport())),
@@ -182,7 +182,7 @@ private:
         return 1;
     }
 
-    const QCommandLineParser& parser_;
+    const CommandArguments& parser_;
     const SettingsModel& settings_;
     const Environment& environment_;
     QTextStream& out_;
@@ -194,31 +194,22 @@ private:
 
 int run(const QStringList& arguments, QTextStream& out, QTextStream& errors)
 {
-    QCommandLineParser parser;
-    parser.addOptions({{"from", "first day (maxmin)", "yyyy-MM-dd"},
-                       {"to", "last day (maxmin)", "yyyy-MM-dd"},
-                       {"type", "quantity (maxmin), Temperature Out unless given", "NAME"},
-                       {"csv", "print comma-separated values"},
-                       {"picture", "also draw the chart into a GIF", "OUT.gif"},
-                       {"settings", "preferences file", "FILE"},
-                       {{"h", "help"}, "show this help"}});
-    if (!parser.parse(QStringList{"nimbrel summary"} + arguments)) {
-        errors << "nimbrel summary: " << parser.errorText() << "\n\n" << kUsage;
-        return 2;
-    }
-    if (parser.isSet("help")) {
-        out << kUsage;
-        return 0;
-    }
-    const QStringList plain = parser.positionalArguments();
+    CommandArguments parser("summary", kUsage,
+                            {{"from", "first day (maxmin)", "yyyy-MM-dd"},
+                             {"to", "last day (maxmin)", "yyyy-MM-dd"},
+                             {"type", "quantity (maxmin), Temperature Out unless given", "NAME"},
+                             {"csv", "print comma-separated values"},
+                             {"picture", "also draw the chart into a GIF", "OUT.gif"},
+                             {"settings", "preferences file", "FILE"}},
+                            1, 4);
+    if (int code = 0; !parser.read(arguments, out, errors, code))
+        return code;
+    const QStringList plain = parser.positional();
     static const QStringList kinds = {"maxmin", "wind", "rain", "month", "year"};
     const QString kind = plain.value(0);
     const qsizetype wanted = kind == u"maxmin" ? 3 : 4;
-    if (!kinds.contains(kind) || plain.size() != wanted) {
-        errors << "nimbrel summary: " << (kinds.contains(kind) ? "wrong number of arguments" : "which summary?")
-               << "\n\n" << kUsage;
-        return 2;
-    }
+    if (!kinds.contains(kind) || plain.size() != wanted)
+        return parser.usageError(errors, kinds.contains(kind) ? "wrong number of arguments" : "which summary?");
     if (!QFileInfo(plain[1]).isFile()) {
         errors << "nimbrel summary: no database " << plain[1] << '\n';
         return 1;
@@ -237,8 +228,7 @@ int run(const QStringList& arguments, QTextStream& out, QTextStream& errors)
             return 1;
         return Summary(parser, settings, environment, out, errors).run(kind, *source, plain.value(3));
     } catch (const UsageError& usage) {
-        errors << "nimbrel summary: " << usage.text << "\n\n" << kUsage;
-        return 2;
+        return parser.usageError(errors, usage.text);
     }
 }
 
