@@ -1,4 +1,5 @@
 #include "app/GraphCommand.h"
+#include "app/DataFolder.h"
 
 #include "app/CommandArguments.h"
 #include "app/ErrorLines.h"
@@ -112,7 +113,7 @@ int run(const QStringList& arguments, QTextStream& out, QTextStream& errors)
                                            ? std::make_unique<QSettings>()
                                            : std::make_unique<QSettings>(options->settingsFile, QSettings::IniFormat);
     SettingsModel settings;
-    settings.load(*store, QCoreApplication::applicationDirPath(), lines);
+    settings.load(*store, dataFolder(), lines);
     settings.setDatabase(options->database);
 
     const std::optional<qint32> key = favouriteKey(*options, environment, errors);

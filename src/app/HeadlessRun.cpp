@@ -2,6 +2,7 @@
 
 #include "app/SingleInstance.h"
 #include "app/CommandArguments.h"
+#include "app/DataFolder.h"
 #include "app/ProcessSignals.h"
 
 #include "core/cycle/CycleWorker.h"
@@ -14,11 +15,9 @@
 
 #include <QCoreApplication>
 #include <QDateTime>
-#include <QDir>
 #include <QFileInfo>
 #include <QMutex>
 #include <QSettings>
-#include <QStandardPaths>
 #include <QThread>
 #include <QTimer>
 
@@ -102,13 +101,6 @@ private:
     LogLines& lines_;
 };
 
-QString defaultFolder()
-{
-    const QString folder = QStandardPaths::writableLocation(QStandardPaths::AppLocalDataLocation);
-    QDir().mkpath(folder);
-    return folder;
-}
-
 }  // namespace
 
 int run(const QStringList& arguments, double speed, QTextStream& out, QTextStream& log)
@@ -142,7 +134,7 @@ int run(const QStringList& arguments, double speed, QTextStream& out, QTextStrea
 
     auto store = parser.isSet("settings") ? std::make_unique<QSettings>(settingsFile, QSettings::IniFormat)
                                           : std::make_unique<QSettings>();
-    settings.load(*store, defaultFolder(), errors);
+    settings.load(*store, dataFolder(), errors);
 
     HistoryChartRenderer renderer;
     QThread thread;
@@ -167,7 +159,7 @@ int run(const QStringList& arguments, double speed, QTextStream& out, QTextStrea
         if (signal == SIGHUP) {
             lines.line("info", "SIGHUP: reading the settings again");
             store->sync();
-            settings.load(*store, defaultFolder(), errors);
+            settings.load(*store, dataFolder(), errors);
             startCycle();
             return;
         }

@@ -1,4 +1,5 @@
 #include "app/SummaryCommand.h"
+#include "app/DataFolder.h"
 
 #include "app/CommandArguments.h"
 #include "app/ErrorLines.h"
@@ -221,7 +222,7 @@ int run(const QStringList& arguments, QTextStream& out, QTextStream& errors)
                                            ? std::make_unique<QSettings>(parser.value("settings"), QSettings::IniFormat)
                                            : std::make_unique<QSettings>();
     SettingsModel settings;
-    settings.load(*store, QCoreApplication::applicationDirPath(), lines);
+    settings.load(*store, dataFolder(), lines);
     try {
         const std::optional<SummarySource> source = findSource(plain[1], plain[2], environment, errors);
         if (!source)

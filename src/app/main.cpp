@@ -1,4 +1,5 @@
 #include "app/CommandLine.h"
+#include "app/DataFolder.h"
 #include "app/SingleInstance.h"
 #include "core/cycle/DemoStation.h"
 #include "ui/Choosers.h"
@@ -34,6 +35,17 @@ void keepFreedMemory()
 {
     mallopt(M_TRIM_THRESHOLD, 128 << 20);
     mallopt(M_MMAP_THRESHOLD, 32 << 20);
+}
+
+// Commands run from cron or a service often have no XDG_RUNTIME_DIR; Qt's
+// pictures need none, so its warning about it would only clutter standard
+// error (and cron's mail). Everything else passes as it is.
+QtMessageHandler defaultMessageHandler = nullptr;
+void quietAboutRuntimeFolder(QtMsgType type, const QMessageLogContext& context, const QString& message)
+{
+    if (type == QtWarningMsg && message.startsWith(QLatin1String("QStandardPaths: XDG_RUNTIME_DIR not set")))
+        return;
+    defaultMessageHandler(type, context, message);
 }
 
 QStringList argumentList(int argc, char** argv)
@@ -117,7 +129,7 @@ int runWindow(int argc, char** argv, bool demoMode, double speed)
     } else {
         store = std::make_unique<QSettings>();
     }
-    settings.load(*store, QCoreApplication::applicationDirPath(), errors);
+    settings.load(*store, dataFolder(), errors);
 
     SystemChoosers choosers;
     MainWindow window(settings, environment, *store, WindowTools{choosers, [&errors] { return errors.sendTestMail(); }});
@@ -152,6 +164,7 @@ int main(int argc, char** argv)
     if (!demoMode && CommandLine::isCommand(arguments)) {
         if (CommandLine::drawsPictures(arguments)) {
             qputenv("QT_QPA_PLATFORM", "offscreen");  // no window: no screen needed
+            defaultMessageHandler = qInstallMessageHandler(quietAboutRuntimeFolder);
             QGuiApplication app(argc, argv);  // fonts for the pictures, no widgets
             return CommandLine::run(arguments, *speed);
         }
