@@ -183,16 +183,21 @@ int runGraphBench(const QString& databasePath, QTextStream& out, QTextStream& er
     const QString settingsFile = QDir(pictures.path()).filePath("bench.ini");
     const QStringList arguments = {"export-graph", databasePath, kFavourite, QDir(pictures.path()).filePath("cmd.gif"),
                                    "--to", kLastDay.toString(Qt::ISODate), "--settings", settingsFile};
-    const auto command = medianMs([&] {
-        QProcess process;
-        process.start(program, arguments);
-        return process.waitForFinished(60000) && process.exitCode() == 0;
-    });
-    if (!command) {
-        errors << "the export-graph command failed\n";
+    const auto runs = [&program](const QStringList& arguments) {
+        return medianMs([&] {
+            QProcess process;
+            process.start(program, arguments);
+            return process.waitForFinished(60000) && process.exitCode() == 0;
+        });
+    };
+    const auto command = runs(arguments);
+    const auto version = runs({"--version"});
+    if (!command || !version) {
+        errors << "the export-graph or --version command failed\n";
         return 1;
     }
     out << "The whole command: nimbrel export-graph (a year, four traces, to GIF), a new process each time: median "
         << milliseconds(*command) << '\n';
+    out << "nimbrel --version, a new process each time: median " << milliseconds(*version) << '\n';
     return 0;
 }
