@@ -73,20 +73,19 @@ protected:
         ASSERT_TRUE(process.waitForStarted(5000));
     }
 
-    // The minutes of the day of the rows logged so far, in storage order.
-    QList<int> loggedMinutes()
+    // The times of the rows logged so far, in storage order.
+    QList<QDateTime> logged()
     {
-        QList<int> minutes;
+        QList<QDateTime> times;
         auto session = DatabaseSession::open(database, DatabaseSession::Access::Read, environment);
         if (!session)
-            return minutes;
+            return times;
         auto history = (*session)->table("History");
         (void)(*session)->scan(*history, [&](const mdb::Row& row) {
-            const QDateTime read = history->value(row, "DateRead").toDateTime();
-            minutes << read.time().hour() * 60 + read.time().minute();
+            times << history->value(row, "DateRead").toDateTime();
             return true;
         });
-        return minutes;
+        return times;
     }
 
     static bool waitFor(const std::function<bool()>& done, int ms)
@@ -116,9 +115,9 @@ TEST_F(HeadlessRunTest, LogsAtTheMarksWithoutADisplayAndObeysSignals)
 {
     QProcess run;
     start(run);
-    EXPECT_TRUE(waitFor([&] { return loggedMinutes().size() >= 3; }, 20000)) << run.readAllStandardError().toStdString();
-    for (int minute : loggedMinutes())
-        EXPECT_EQ(minute % 10, 0) << "logged at a ten-minute mark";
+    EXPECT_TRUE(waitFor([&] { return logged().size() >= 3; }, 20000)) << run.readAllStandardError().toStdString();
+    for (const QDateTime& time : logged())
+        EXPECT_EQ(time.time().minute() % 10, 0) << "logged at a ten-minute mark";
     EXPECT_TRUE(waitFor([&] { return QFileInfo(folder.file("wgraph0.gif")).size() > 0; }, 10000));
 
     QProcess second;
@@ -130,10 +129,11 @@ TEST_F(HeadlessRunTest, LogsAtTheMarksWithoutADisplayAndObeysSignals)
     QSettings(settingsFile, QSettings::IniFormat).setValue("Data/Interval", "2");  // 30 minutes
     ::kill(pid_t(run.processId()), SIGHUP);
     QThread::msleep(1500);  // the mark due before the change may still come
-    const qsizetype before = loggedMinutes().size();
-    EXPECT_TRUE(waitFor([&] { return loggedMinutes().size() >= before + 2; }, 20000));
-    for (int minute : loggedMinutes().mid(before))
-        EXPECT_EQ(minute % 30, 0) << "after SIGHUP, the marks of a 30-minute cycle";
+    const qsizetype before = logged().size();
+    EXPECT_TRUE(waitFor([&] { return logged().size() >= before + 3; }, 20000));
+    const QList<QDateTime> after = logged().mid(before);
+    for (qsizetype i = 1; i < after.size(); ++i)
+        EXPECT_EQ(after[i - 1].secsTo(after[i]), 30 * 60) << "after SIGHUP, a reading every 30 minutes";
 
     run.terminate();
     ASSERT_TRUE(run.waitForFinished(10000));

@@ -349,10 +349,9 @@ private slots:
         QVERIFY(run->window->isVisible());
     }
 
-    void notesAndTheLaterRemoteDialog()
+    void notes()
     {
         auto run = start();
-        QVERIFY(!namedChild<QAction>(run->window.get(), "remoteDataAction")->isEnabled());
         namedChild<QAction>(run->window.get(), "notesAction")->trigger();
         QVERIFY(run->boxes.boxes().back().text.contains("https://"));
     }
