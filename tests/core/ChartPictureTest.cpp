@@ -248,6 +248,36 @@ TEST(ChartPictures, FewColoursAreKeptExactly)
     EXPECT_EQ(image.pixel(0, 9), qRgb(0x20, 0x18, 0x14));
 }
 
+// The compressed image data reads back pixel for pixel through another
+// decoder: a picture of long runs, and one of noise that fills the string
+// table many times over (codes growing to 12 bits, the table started again),
+// with the smallest and the largest code sizes.
+TEST(ChartPictures, CompressedPixelsReadBackExactly)
+{
+    for (int colours : {2, 4, 256}) {
+        constexpr int kWidth = 613, kHeight = 467;
+        std::vector<quint32> pixels(std::size_t(kWidth) * kHeight);
+        quint32 seed = 20261124;
+        for (std::size_t i = 0; i < pixels.size(); ++i) {
+            seed = seed * 1664525u + 1013904223u;
+            const bool noisy = i < pixels.size() / 2;  // the lower half long runs
+            const quint32 entry = noisy ? (seed >> 16) % quint32(colours) : quint32(i / 997) % quint32(colours);
+            // colours far enough apart to stay apart in the palette
+            pixels[i] = 0xff000000u | (entry & 7) << 21 | (entry >> 3 & 7) << 13 | (entry >> 6 & 3) << 6;
+        }
+        const QByteArray gif = GifFile::encode({kWidth, kHeight, pixels.data()});
+        QImage image;
+        ASSERT_TRUE(image.loadFromData(gif, "GIF")) << colours;
+        ASSERT_EQ(image.size(), QSize(kWidth, kHeight));
+        int wrong = 0;
+        for (int y = 0; y < kHeight; ++y) {
+            for (int x = 0; x < kWidth; ++x)
+                wrong += image.pixel(x, y) != pixels[std::size_t(y) * kWidth + std::size_t(x)];
+        }
+        EXPECT_EQ(wrong, 0) << colours << " colours";
+    }
+}
+
 // More colours than a palette holds: the exact ones stay exact, every
 // other pixel gets a colour close to its own.
 TEST(ChartPictures, ManyColoursGetTheNearestPaletteColour)

@@ -1,5 +1,7 @@
 #include "core/export/GifFile.h"
 
+#include "core/export/GifLzw.h"
+
 #include <QFile>
 #include <QTemporaryFile>
 
@@ -210,6 +212,23 @@ ColorMapObject* colourMap(const std::vector<quint32>& colours)
     return GifMakeMapObject(size, entries.data());
 }
 
+// Each pixel's palette entry, row after row.
+std::vector<quint8> indicesOf(const PixelRows& picture, const Palette& palette)
+{
+    const std::size_t count = std::size_t(picture.width) * std::size_t(picture.height);
+    std::vector<quint8> indices(count);
+    quint32 previous = ~picture.pixels[0];
+    quint8 entry = 0;
+    for (std::size_t i = 0; i < count; ++i) {
+        if (picture.pixels[i] != previous) {
+            previous = picture.pixels[i];
+            entry = palette.entryOf[bucketOf(previous)];
+        }
+        indices[i] = entry;
+    }
+    return indices;
+}
+
 QByteArray encodeIndexed(const PixelRows& picture, const Palette& palette)
 {
     QByteArray bytes;
@@ -220,20 +239,16 @@ QByteArray encodeIndexed(const PixelRows& picture, const Palette& palette)
     ColorMapObject* map = colourMap(palette.colours);
     bool written = map && EGifPutScreenDesc(gif, picture.width, picture.height, 8, 0, map) == GIF_OK &&
                    EGifPutImageDesc(gif, 0, 0, picture.width, picture.height, false, nullptr) == GIF_OK;
-    std::vector<GifPixelType> line(std::size_t(picture.width));
-    for (int y = 0; written && y < picture.height; ++y) {
-        const quint32* row = picture.pixels + std::size_t(y) * std::size_t(picture.width);
-        quint32 previous = ~row[0];
-        GifPixelType entry = 0;
-        for (int x = 0; x < picture.width; ++x) {
-            if (row[x] != previous) {
-                previous = row[x];
-                entry = palette.entryOf[bucketOf(previous)];
-            }
-            line[std::size_t(x)] = entry;
-        }
-        written = EGifPutLine(gif, line.data(), picture.width) == GIF_OK;
-    }
+    // The image data is compressed here and handed to the library as code
+    // blocks: its own compressor spends most of a picture's time finding
+    // strings in a hash table.
+    const int minimumCodeSize = std::max(2, map ? map->BitsPerPixel : 2);
+    const QByteArray blocks = GifLzw::compress(indicesOf(picture, palette).data(),
+                                               std::size_t(picture.width) * std::size_t(picture.height),
+                                               minimumCodeSize);
+    for (qsizetype at = 0; written && at < blocks.size(); at += 1 + quint8(blocks[at]))
+        written = EGifPutCodeNext(gif, reinterpret_cast<const GifByteType*>(blocks.constData() + at)) == GIF_OK;
+    written = written && EGifPutCodeNext(gif, nullptr) == GIF_OK;
     GifFreeMapObject(map);
     written = EGifCloseFile(gif, &error) == GIF_OK && written;
     return written ? bytes : QByteArray();

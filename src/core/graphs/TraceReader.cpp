@@ -35,7 +35,7 @@ std::vector<double> xOf(const HistoryColumns& rows, bool singleDay, int offset)
 }
 
 // One trace's series from the rows of its query (column `column` its values).
-TraceSeries plot(const TraceEntry& trace, const HistoryColumns& rows, const std::vector<double>& x,
+TraceSeries seriesOf(const TraceEntry& trace, const HistoryColumns& rows, const std::vector<double>& x,
                  std::size_t column)
 {
     TraceSeries series;
@@ -131,6 +131,6 @@ mdb::Status TraceReader::readGroup(const std::vector<TraceEntry>& traces, const 
         return rows.error();
     const std::vector<double> x = xOf(*rows, singleDay_, offset);
     for (std::size_t m = 0; m < members.size(); ++m)
-        done_[members[m]] = plot(traces[members[m]], *rows, x, columnOf[m]);
+        done_[members[m]] = seriesOf(traces[members[m]], *rows, x, columnOf[m]);
     return mdb::Status::success();
 }
