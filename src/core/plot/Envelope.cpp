@@ -15,19 +15,30 @@ std::vector<QPointF> envelope(const std::vector<double>& x, const std::vector<do
         return points;
     }
     const double perColumn = double(columns) / (xMaximum - xMinimum);
-    const auto columnOf = [&](double value) { return std::floor((value - xMinimum) * perColumn); };
+    const auto place = [&](double value) { return (value - xMinimum) * perColumn; };
     points.reserve(std::size_t(columns) * 2);
     std::size_t start = 0;
     while (start < n) {
-        // One pixel column: [start, end).
-        const double column = columnOf(x[start]);
+        // One pixel column: [start, end), the points whose place has this
+        // floor (compared with its bounds: a floor per point costs a call).
+        const double column = std::floor(place(x[start]));
+        const auto inColumn = [&](double value) {
+            const double at = place(value);
+            return at >= column && at < column + 1;
+        };
         std::size_t end = start + 1;
         std::size_t low = start, high = start;
-        while (end < n && columnOf(x[end]) == column) {
-            if (y[end] < y[low])
+        double lowest = y[start], highest = y[start];
+        while (end < n && inColumn(x[end])) {
+            const double value = y[end];
+            if (value < lowest) {
+                lowest = value;
                 low = end;
-            if (y[end] > y[high])
+            }
+            if (value > highest) {
+                highest = value;
                 high = end;
+            }
             ++end;
         }
         points.emplace_back(x[std::min(low, high)], y[std::min(low, high)]);
