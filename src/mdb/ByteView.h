@@ -42,12 +42,12 @@ public:
     ByteView from(std::size_t offset) const { return sub(offset, size_); }
 
     uint8_t u8(std::size_t offset) const { return has(offset, 1) ? data_[offset] : 0; }
-    uint16_t u16(std::size_t offset) const { return uint16_t(uint16_t(u8(offset)) | uint16_t(u8(offset + 1)) << 8); }
+    uint16_t u16(std::size_t offset) const { return uint16_t(little<2>(offset)); }
     int16_t s16(std::size_t offset) const { return int16_t(u16(offset)); }
-    uint32_t u24(std::size_t offset) const { return uint32_t(u16(offset)) | uint32_t(u8(offset + 2)) << 16; }
-    uint32_t u32(std::size_t offset) const { return uint32_t(u16(offset)) | uint32_t(u16(offset + 2)) << 16; }
+    uint32_t u24(std::size_t offset) const { return uint32_t(little<3>(offset)); }
+    uint32_t u32(std::size_t offset) const { return uint32_t(little<4>(offset)); }
     int32_t s32(std::size_t offset) const { return int32_t(u32(offset)); }
-    uint64_t u64(std::size_t offset) const { return uint64_t(u32(offset)) | uint64_t(u32(offset + 4)) << 32; }
+    uint64_t u64(std::size_t offset) const { return little<8>(offset); }
     int64_t s64(std::size_t offset) const { return int64_t(u64(offset)); }
     uint32_t u24be(std::size_t offset) const
     {
@@ -73,6 +73,23 @@ public:
     std::span<const uint8_t> span() const { return {data_, size_}; }
 
 private:
+    // `Size` bytes from `offset` as a little-endian number; bytes past the
+    // window read as 0. One range check for the whole number when it lies
+    // inside (the compiler then makes one load of the shifts), else byte by byte.
+    template <std::size_t Size>
+    uint64_t little(std::size_t offset) const
+    {
+        uint64_t value = 0;
+        if (has(offset, Size)) {
+            for (std::size_t i = 0; i < Size; ++i)
+                value |= uint64_t(data_[offset + i]) << (8 * i);
+            return value;
+        }
+        for (std::size_t i = 0; i < Size; ++i)
+            value |= uint64_t(u8(offset + i)) << (8 * i);
+        return value;
+    }
+
     const uint8_t* data_ = nullptr;
     std::size_t size_ = 0;
 };

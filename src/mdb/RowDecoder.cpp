@@ -158,6 +158,23 @@ Result<std::vector<Value>> RowDecoder::decode(ByteView row, const std::vector<bo
     return values;
 }
 
+bool RowDecoder::decodeNumberInPlace(ByteView row, const Frame& frame, const Column& column, Value& value) const
+{
+    // The common case of a range read, a present Double or DateTime, written
+    // into the value's slot without a Result and a move of a Value; anything
+    // else (and any row that does not hold the value) takes the general way.
+    if (column.type != ColumnType::Double && column.type != ColumnType::DateTime)
+        return false;
+    const std::size_t at = kRowCountSize + column.fixedOffset;
+    if (!isPresent(frame, column) || !row.has(at, 8))
+        return false;
+    if (column.type == ColumnType::Double)
+        value.emplace<double>(row.f64(at));
+    else
+        value.emplace<DateTime>(DateTime{row.f64(at)});
+    return true;
+}
+
 Status RowDecoder::decodeInto(ByteView row, const std::vector<std::size_t>& positions,
                               std::vector<Value>& values) const
 {
@@ -167,6 +184,8 @@ Status RowDecoder::decodeInto(ByteView row, const std::vector<std::size_t>& posi
     for (std::size_t i : positions) {
         if (i >= table_.columns.size() || i >= values.size())
             return corruption("column position " + std::to_string(i) + " is outside the row");
+        if (decodeNumberInPlace(row, *layout, table_.columns[i], values[i]))
+            continue;
         auto value = columnValue(row, *layout, table_.columns[i]);
         if (!value)
             return value.error();

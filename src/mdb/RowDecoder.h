@@ -38,6 +38,9 @@ private:
     Result<Value> fixedValue(ByteView row, const Column& column) const;
     Result<Value> variableValue(ByteView row, const Frame& frame, const Column& column) const;
     Result<Value> columnValue(ByteView row, const Frame& frame, const Column& column) const;
+    // Decodes a present Double or DateTime value straight into `value`;
+    // false, touching nothing, for any other column or case.
+    bool decodeNumberInPlace(ByteView row, const Frame& frame, const Column& column, Value& value) const;
 
     Pager& pager_;
     const TableDefinition& table_;
