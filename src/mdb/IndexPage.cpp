@@ -52,6 +52,16 @@ std::vector<std::size_t> entryEnds(ByteView view, const Layout& layout)
 
 Result<IndexPage> readIndexPage(Pager& pager, uint32_t number, IndexPageForm form)
 {
+    IndexPage index;
+    if (Status read = readIndexPageInto(pager, number, form, index); !read)
+        return read.error();
+    return index;
+}
+
+namespace {
+
+Status decodeIndexPageInto(Pager& pager, uint32_t number, IndexPageForm form, IndexPage& index)
+{
     auto bytes = pager.read(number);
     if (!bytes)
         return bytes.error();
@@ -61,7 +71,6 @@ Result<IndexPage> readIndexPage(Pager& pager, uint32_t number, IndexPageForm for
     if (page.type() != kIndexNodePage && page.type() != kIndexLeafPage)
         return corruption(where(number) + ": page type is " + std::to_string(page.type()) + ", not an index page");
 
-    IndexPage index;
     index.number = number;
     index.leaf = page.type() == kIndexLeafPage;
     const HeaderFields fields = headerFields(layout, form);
@@ -76,13 +85,15 @@ Result<IndexPage> readIndexPage(Pager& pager, uint32_t number, IndexPageForm for
     std::vector<uint8_t> prefix;
     std::vector<uint8_t> full;  // one entry with the prefix put back; reused
     const std::vector<std::size_t> ends = entryEnds(view, layout);
-    index.entries.reserve(ends.size());
+    // The entries already there keep their keys' storage for the new keys.
+    index.entries.resize(ends.size());
+    std::size_t count = 0;
     for (std::size_t end : ends) {
         if (end > view.size() || end <= start)
             return corruption(where(number) + ": entry bitmap marks an entry end outside the page");
-        IndexEntry entry;
+        IndexEntry& entry = index.entries[count];
         const ByteView stored = view.sub(start, end - start);
-        if (index.entries.empty()) {
+        if (count == 0) {
             if (index.prefixLength > stored.size())
                 return corruption(where(number) + ": shared prefix is longer than the first entry");
             prefix.assign(stored.data(), stored.data() + index.prefixLength);
@@ -92,17 +103,26 @@ Result<IndexPage> readIndexPage(Pager& pager, uint32_t number, IndexPageForm for
         }
         full.insert(full.end(), stored.data(), stored.data() + stored.size());
         if (full.size() < pointers)
-            return corruption(where(number) + ": entry " + std::to_string(index.entries.size()) + " is too short");
+            return corruption(where(number) + ": entry " + std::to_string(count) + " is too short");
         const ByteView fullView(full);
         const std::size_t keyLength = full.size() - pointers;
         entry.key.assign(full.begin(), full.begin() + std::ptrdiff_t(keyLength));
         entry.row = RowPointer{fullView.u24be(keyLength), fullView.u8(keyLength + 3)};
-        if (!index.leaf)
-            entry.child = fullView.u32be(keyLength + kRowPointerSize);
-        index.entries.push_back(std::move(entry));
+        entry.child = index.leaf ? 0 : fullView.u32be(keyLength + kRowPointerSize);
+        ++count;
         start = end;
     }
-    return index;
+    return Status::success();
+}
+
+}  // namespace
+
+Status readIndexPageInto(Pager& pager, uint32_t number, IndexPageForm form, IndexPage& index)
+{
+    Status decoded = decodeIndexPageInto(pager, number, form, index);
+    if (!decoded)
+        index.entries.clear();
+    return decoded;
 }
 
 }  // namespace mdb

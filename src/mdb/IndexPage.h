@@ -39,6 +39,10 @@ enum class IndexPageForm { Access, EarlierEngine };
 // entry long enough for its pointers, the prefix no longer than the first
 // entry.
 Result<IndexPage> readIndexPage(Pager& pager, uint32_t number, IndexPageForm form = IndexPageForm::Access);
+// The same into `index`, whose entries lend their keys' storage to the new
+// ones (a walk over many pages then allocates next to nothing). On a
+// failure `index` holds no entries.
+Status readIndexPageInto(Pager& pager, uint32_t number, IndexPageForm form, IndexPage& index);
 
 // The form the index tree whose root is `root` was written in, told from
 // the fields a root page must leave empty in each form.

@@ -6,10 +6,8 @@ namespace mdb {
 
 Result<const IndexPage*> PagerIndexPages::get(uint32_t number)
 {
-    auto page = readIndexPage(pager_, number, form_);
-    if (!page)
-        return page.error();
-    current_ = std::move(*page);
+    if (Status read = readIndexPageInto(pager_, number, form_, current_); !read)
+        return read.error();
     return &current_;
 }
 
