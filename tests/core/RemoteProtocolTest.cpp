@@ -102,6 +102,10 @@ TEST(RemoteProtocol, RequestsAreTakenFromAnyPieces)
     EXPECT_EQ(requests[3].kind, Request::Kind::Quit);
     EXPECT_TRUE(buffer.isEmpty());
 
+    EXPECT_EQ(requestText({Request::Kind::Readings, 5, std::nullopt}), "RQ[5]");
+    EXPECT_EQ(requestText({Request::Kind::Readings, 5, QDate(2024, 3, 3)}), "RQ[5]03/03/2024");
+    EXPECT_EQ(requestText({Request::Kind::Quit, 0, {}}), "QT");
+
     buffer = "RQ[5]03/0";
     EXPECT_TRUE(takeRequests(buffer, false, skipped).isEmpty()) << "a date has begun";
     buffer += "3/2024";

@@ -40,7 +40,6 @@ void RemoteClient::connectTo(const QString& host, quint16 port, quint16 localPor
 {
     socket_.abort();
     cutter_ = RemoteProtocol::MessageCutter(cutter_.limit());
-    host_ = host;
     if (localPort != 0 && !bindTo(localPort)) {
         emit notice(QString("The local port %1 is taken (%2); connecting from any free port instead.")
                         .arg(localPort)
@@ -67,21 +66,13 @@ bool RemoteClient::isOpen() const
 void RemoteClient::requestList()
 {
     if (socket_.state() == QAbstractSocket::ConnectedState)
-        socket_.write("LS");
-}
-
-QByteArray RemoteClient::readingsRequest(qint32 sourceID, std::optional<QDate> from)
-{
-    QByteArray request = "RQ[" + QByteArray::number(sourceID) + "]";
-    if (from)
-        request += from->toString("dd/MM/yyyy").toLatin1();
-    return request;
+        socket_.write(RemoteProtocol::requestText({RemoteProtocol::Request::Kind::List, 0, {}}));
 }
 
 void RemoteClient::requestReadings(const QList<qint32>& sourceIDs, std::optional<QDate> from)
 {
     for (qint32 id : sourceIDs)
-        socket_.write(readingsRequest(id, from));
+        socket_.write(RemoteProtocol::requestText({RemoteProtocol::Request::Kind::Readings, id, from}));
 }
 
 void RemoteClient::leave(std::chrono::milliseconds wait)
@@ -91,7 +82,7 @@ void RemoteClient::leave(std::chrono::milliseconds wait)
         return;
     }
     if (socket_.state() == QAbstractSocket::ConnectedState)
-        socket_.write("QT");
+        socket_.write(RemoteProtocol::requestText({RemoteProtocol::Request::Kind::Quit, 0, {}}));
     leaving_.start(wait);
 }
 

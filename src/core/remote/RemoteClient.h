@@ -30,7 +30,6 @@ public:
     void connectTo(const QString& host, quint16 port, quint16 localPort);
     // Connected or connecting, and not leaving.
     bool isOpen() const;
-    QString peerName() const { return host_; }
 
     void requestList();
     // One "RQ[id]" per source, back to back, each with the day when one is given.
@@ -40,9 +39,6 @@ public:
     void leave(std::chrono::milliseconds wait = std::chrono::seconds(5));
     // While held, what arrives waits in the socket, and the server with it.
     void setHeld(bool held);
-
-    // The request texts as they go out ("RQ[5]03/03/2024").
-    static QByteArray readingsRequest(qint32 sourceID, std::optional<QDate> from);
 
 signals:
     void connected();
@@ -60,7 +56,6 @@ private:
 
     QTcpSocket socket_;
     RemoteProtocol::MessageCutter cutter_;
-    QString host_;
     QTimer leaving_;
     bool held_ = false;
 };

@@ -132,6 +132,22 @@ QByteArray readingMessage(qint32 sourceID, const ImportRow& row)
     return (fields.join(u'\t') + kEnd).toLatin1();
 }
 
+QByteArray requestText(const Request& request)
+{
+    switch (request.kind) {
+    case Request::Kind::List:
+        return "LS";
+    case Request::Kind::Quit:
+        return "QT";
+    case Request::Kind::Readings:
+        break;
+    }
+    QByteArray text = "RQ[" + QByteArray::number(request.sourceID) + "]";
+    if (request.from)
+        text += request.from->toString("dd/MM/yyyy").toLatin1();
+    return text;
+}
+
 QList<Request> takeRequests(QByteArray& buffer, bool complete, qsizetype& skipped)
 {
     QList<Request> requests;

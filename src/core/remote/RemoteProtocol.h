@@ -69,6 +69,9 @@ struct Request {
     std::optional<QDate> from;
 };
 
+// The request as it goes over the wire: "LS", "QT", "RQ[5]" or "RQ[5]03/03/2024".
+QByteArray requestText(const Request& request);
+
 // Takes the client's requests from the front of `buffer`, which holds the
 // bytes received so far. Text that is no request is dropped up to the next
 // one and counted in `skipped`. A request that may go on (an "RQ[id]" with

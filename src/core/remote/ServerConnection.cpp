@@ -12,22 +12,6 @@ namespace {
 
 constexpr int kSettleMs = 200;
 
-QString requestName(const Request& request)
-{
-    switch (request.kind) {
-    case Request::Kind::List:
-        return "LS";
-    case Request::Kind::Quit:
-        return "QT";
-    case Request::Kind::Readings:
-        break;
-    }
-    QString name = QString("RQ[%1]").arg(request.sourceID);
-    if (request.from)
-        name += request.from->toString("dd/MM/yyyy");
-    return name;
-}
-
 }  // namespace
 
 ServerConnection::ServerConnection(QTcpSocket* socket, RemoteServer& server)
@@ -127,7 +111,7 @@ void ServerConnection::serveNext()
 
 void ServerConnection::startReadings(const Request& request)
 {
-    const QString name = requestName(request);
+    const QString name = QString::fromLatin1(RemoteProtocol::requestText(request));
     const auto source = SummarySource::find(server_.options().database, request.sourceID, server_.environment());
     if (!source) {
         log(name + ": no such source, nothing sent");
