@@ -69,9 +69,7 @@ double timeDownload(quint16 port, const QString& into, std::optional<QDate> from
         errors << "nimbrel bench: cannot make " << into << '\n';
         return -1;
     }
-    RemoteDownload download(into, environment, [&worker](std::function<void()> work) {
-        QMetaObject::invokeMethod(&worker, std::move(work), Qt::QueuedConnection);
-    });
+    RemoteDownload download(into, environment, RemoteDownload::runnerOn(worker));
     QElapsedTimer timer;
     QObject::connect(&download.client(), &RemoteClient::connected, [&] { download.client().requestList(); });
     QObject::connect(&download, &RemoteDownload::listed, [&] {

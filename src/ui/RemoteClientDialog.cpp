@@ -19,13 +19,6 @@
 
 namespace {
 
-RemoteDownload::Runner workerOf(DatabaseService& service)
-{
-    return [&service](std::function<void()> work) {
-        QMetaObject::invokeMethod(&service, std::move(work), Qt::QueuedConnection);
-    };
-}
-
 QPushButton* button(const QString& text, const char* name, QWidget* parent)
 {
     auto* made = new QPushButton(text, parent);
@@ -38,7 +31,7 @@ QPushButton* button(const QString& text, const char* name, QWidget* parent)
 RemoteClientDialog::RemoteClientDialog(QString database, QSettings& store, DatabaseService& service,
                                        const Environment& environment, QWidget* parent)
     : QDialog(parent), store_(store), environment_(environment),
-      download_(std::move(database), environment, workerOf(service), this)
+      download_(std::move(database), environment, RemoteDownload::runnerOn(service), this)
 {
     setWindowTitle(tr("Remote Source Collection"));
     setObjectName("remoteClientDialog");

@@ -37,12 +37,7 @@ public:
         thread_.quit();
         thread_.wait();
     }
-    RemoteDownload::Runner runner()
-    {
-        return [this](std::function<void()> work) {
-            QMetaObject::invokeMethod(&context_, std::move(work), Qt::QueuedConnection);
-        };
-    }
+    RemoteDownload::Runner runner() { return RemoteDownload::runnerOn(context_); }
 
 private:
     QThread thread_;

@@ -24,6 +24,13 @@ RemoteDownload::RemoteDownload(QString database, const Environment& environment,
             [this](const QString& text) { environment_.errors.report("\r\nRemote Data D/L: " + text); });
 }
 
+RemoteDownload::Runner RemoteDownload::runnerOn(QObject& worker)
+{
+    return [&worker](std::function<void()> work) {
+        QMetaObject::invokeMethod(&worker, std::move(work), Qt::QueuedConnection);
+    };
+}
+
 RemoteDownload::~RemoteDownload()
 {
     queue_->cancel();

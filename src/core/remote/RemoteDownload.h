@@ -28,6 +28,8 @@ public:
     static constexpr std::size_t kResumeBelow = 5000;
 
     RemoteDownload(QString database, const Environment& environment, Runner runOnWorker, QObject* parent = nullptr);
+    // A runner that queues work to `worker`'s thread (the database service's, a bench's).
+    static Runner runnerOn(QObject& worker);
     ~RemoteDownload() override;
 
     RemoteClient& client() { return client_; }
