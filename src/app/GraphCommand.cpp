@@ -1,8 +1,9 @@
 #include "app/GraphCommand.h"
-#include "app/DataFolder.h"
 
 #include "app/CommandArguments.h"
+#include "app/DataFolder.h"
 #include "app/ErrorLines.h"
+#include "app/SettingsStore.h"
 
 #include "core/export/PictureExport.h"
 #include "core/settings/SettingsModel.h"
@@ -11,7 +12,6 @@
 #include "core/graphs/HistoryChart.h"
 
 #include <QCoreApplication>
-#include <QSettings>
 
 #include <memory>
 #include <string_view>
@@ -109,9 +109,7 @@ int run(const QStringList& arguments, QTextStream& out, QTextStream& errors)
     SystemClock clock;
     const Environment environment{lines, lines, clock};
 
-    std::unique_ptr<QSettings> store = options->settingsFile.isEmpty()
-                                           ? std::make_unique<QSettings>()
-                                           : std::make_unique<QSettings>(options->settingsFile, QSettings::IniFormat);
+    const std::unique_ptr<QSettings> store = settingsStore(options->settingsFile);
     SettingsModel settings;
     settings.load(*store, dataFolder(), lines);
     settings.setDatabase(options->database);

@@ -1,9 +1,10 @@
 #include "app/HeadlessRun.h"
 
-#include "app/SingleInstance.h"
 #include "app/CommandArguments.h"
 #include "app/DataFolder.h"
 #include "app/ProcessSignals.h"
+#include "app/SettingsStore.h"
+#include "app/SingleInstance.h"
 
 #include "core/cycle/CycleWorker.h"
 #include "core/errors/ErrorRouter.h"
@@ -17,7 +18,6 @@
 #include <QDateTime>
 #include <QFileInfo>
 #include <QMutex>
-#include <QSettings>
 #include <QThread>
 #include <QTimer>
 
@@ -113,8 +113,9 @@ int run(const QStringList& arguments, double speed, QTextStream& out, QTextStrea
         return code;
     if (!parser.isSet("headless"))
         return parser.usageError(log, "wants --headless (the window starts without a command)");
-    const QString settingsFile = parser.isSet("settings") ? QFileInfo(parser.value("settings")).absoluteFilePath()
-                                                          : QSettings().fileName();
+    const std::unique_ptr<QSettings> store =
+        settingsStore(parser.isSet("settings") ? QFileInfo(parser.value("settings")).absoluteFilePath() : QString());
+    const QString settingsFile = store->fileName();
     SingleInstance instance(settingsFile);
     if (instance.anotherIsRunning()) {
         log << "nimbrel run: Nimbrel is already running with the settings in " << settingsFile << Qt::endl;
@@ -132,8 +133,6 @@ int run(const QStringList& arguments, double speed, QTextStream& out, QTextStrea
     LoggedErrors errors(router, lines);
     const Environment environment{errors, boxes, *clock};
 
-    auto store = parser.isSet("settings") ? std::make_unique<QSettings>(settingsFile, QSettings::IniFormat)
-                                          : std::make_unique<QSettings>();
     settings.load(*store, dataFolder(), errors);
 
     HistoryChartRenderer renderer;

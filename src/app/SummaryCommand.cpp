@@ -1,8 +1,9 @@
 #include "app/SummaryCommand.h"
-#include "app/DataFolder.h"
 
 #include "app/CommandArguments.h"
+#include "app/DataFolder.h"
 #include "app/ErrorLines.h"
+#include "app/SettingsStore.h"
 #include "app/SourceArgument.h"
 
 #include "core/export/GifFile.h"
@@ -18,7 +19,6 @@
 
 #include <QCoreApplication>
 #include <QFileInfo>
-#include <QSettings>
 
 #include <memory>
 
@@ -218,9 +218,7 @@ int run(const QStringList& arguments, QTextStream& out, QTextStream& errors)
     ErrorLines lines(errors);
     SystemClock clock;
     const Environment environment{lines, lines, clock};
-    std::unique_ptr<QSettings> store = parser.isSet("settings")
-                                           ? std::make_unique<QSettings>(parser.value("settings"), QSettings::IniFormat)
-                                           : std::make_unique<QSettings>();
+    const std::unique_ptr<QSettings> store = settingsStore(parser.value("settings"));
     SettingsModel settings;
     settings.load(*store, dataFolder(), lines);
     try {
