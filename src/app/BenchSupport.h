@@ -1,5 +1,7 @@
 #pragma once
 
+#include "core/db/DatabaseSession.h"
+#include "core/errors/Environment.h"
 #include "core/errors/ErrorReporter.h"
 #include "core/errors/MessageBoxes.h"
 
@@ -39,4 +41,19 @@ inline double statusMegabytes(const QString& statusFile, const QByteArray& field
             return line.mid(field.size() + 1).trimmed().split(' ').value(0).toDouble() / 1024;
     }
     return 0;
+}
+
+// Adds the benches' source, "Bench Station", to `database` as source `id`,
+// its readings kept in the same file under the same number; false when it
+// cannot be added.
+inline bool addBenchStation(const QString& database, qint32 id, const Environment& environment)
+{
+    auto session = DatabaseSession::open(database, DatabaseSession::Access::Write, environment);
+    if (!session)
+        return false;
+    auto sources = (*session)->table("Sources");
+    return sources &&
+           (*session)->insert(*sources, {{"SourceID", id}, {"SourceName", "Bench Station"},
+                                         {"SourceDatabase", database}, {"DataID", id}}) &&
+           (*session)->commit();
 }

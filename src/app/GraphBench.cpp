@@ -2,7 +2,6 @@
 
 #include "app/BenchSupport.h"
 #include "app/GraphCommand.h"
-#include "core/db/DatabaseSession.h"
 #include "core/export/PictureExport.h"
 #include "core/plot/Envelope.h"
 #include "core/settings/SettingsModel.h"
@@ -60,16 +59,8 @@ TraceEntry trace(const QString& database, int dataType, int colour)
 // The source of the bench's readings and a favourite of four temperatures.
 bool addFavourite(const QString& database, const std::vector<TraceEntry>& traces, const Environment& environment)
 {
-    auto session = DatabaseSession::open(database, DatabaseSession::Access::Write, environment);
-    if (!session)
-        return false;
-    auto sources = (*session)->table("Sources");
-    if (!sources || !(*session)->insert(*sources, {{"SourceID", 0}, {"SourceName", "Bench Station"},
-                                                   {"SourceDatabase", database}, {"DataID", 0}}) ||
-        !(*session)->commit())
-        return false;
-    session->reset();
-    return Favourites::save(database, kFavourite, {false, 364, traces}, environment) != 0;
+    return addBenchStation(database, 0, environment) &&
+           Favourites::save(database, kFavourite, {false, 364, traces}, environment) != 0;
 }
 
 // The summaries over the bench's readings, each read from the file (open

@@ -2,7 +2,6 @@
 
 #include "app/BenchSupport.h"
 
-#include "core/db/DatabaseSession.h"
 #include "core/db/NimbrelSchema.h"
 #include "core/import/HistoryImport.h"
 #include "core/import/StationHistoryReader.h"
@@ -31,10 +30,7 @@ bool makeDatabase(const QString& path, const Environment& environment, QTextStre
         errors << "nimbrel bench: " << QString::fromStdString(created.error().message) << '\n';
         return false;
     }
-    auto session = DatabaseSession::open(path, DatabaseSession::Access::Write, environment);
-    auto sources = session ? (*session)->table("Sources") : mdb::Result<SessionTable>(session.error());
-    if (!sources || !(*session)->insert(*sources, {{"SourceID", 1}, {"SourceName", "Bench Station"}}) ||
-        !(*session)->commit()) {
+    if (!addBenchStation(path, 1, environment)) {
         errors << "nimbrel bench: cannot add the source\n";
         return false;
     }

@@ -3,7 +3,6 @@
 #include "app/BenchSupport.h"
 #include "app/DatabaseBench.h"
 
-#include "core/db/DatabaseSession.h"
 #include "core/db/HistoryColumns.h"
 #include "core/db/NimbrelSchema.h"
 #include "core/remote/RemoteDownload.h"
@@ -32,18 +31,6 @@ qint64 readingsFrom(const QString& database, const QDate& from, const Environmen
     return read ? qint64(read->size()) : -1;
 }
 
-bool addSource(const QString& database, qint32 id, const Environment& environment)
-{
-    auto session = DatabaseSession::open(database, DatabaseSession::Access::Write, environment);
-    if (!session)
-        return false;
-    auto sources = (*session)->table("Sources");
-    return sources &&
-           (*session)->insert(*sources, {{"SourceID", id}, {"SourceName", "Bench Station"},
-                                         {"SourceDatabase", database}, {"DataID", id}}) &&
-           (*session)->commit();
-}
-
 // `nimbrel serve` on the database, any free port; its port, or 0.
 quint16 startServer(QProcess& server, const QString& database)
 {
@@ -65,7 +52,7 @@ quint16 startServer(QProcess& server, const QString& database)
 double timeDownload(quint16 port, const QString& into, std::optional<QDate> from, qint64 expected,
                     const Environment& environment, QObject& worker, QTextStream& errors)
 {
-    if (!NimbrelSchema::createDatabase(into.toStdString()) || !addSource(into, 1, environment)) {
+    if (!NimbrelSchema::createDatabase(into.toStdString()) || !addBenchStation(into, 1, environment)) {
         errors << "nimbrel bench: cannot make " << into << '\n';
         return -1;
     }
@@ -113,7 +100,7 @@ int runRemoteBench(QTextStream& out, QTextStream& errors, const QString& tenYear
         if (!buildTenYearDatabase(database, out, errors))
             return 1;
     }
-    if (SourceLists::sourceList(database, environment).isEmpty() && !addSource(database, 0, environment)) {
+    if (SourceLists::sourceList(database, environment).isEmpty() && !addBenchStation(database, 0, environment)) {
         errors << "nimbrel bench: cannot add the source to " << database << '\n';
         return 1;
     }
