@@ -29,14 +29,9 @@ protected:
     void SetUp() override
     {
         ASSERT_TRUE(NimbrelSchema::createDatabase(database.toStdString()));
-        {
-            auto session = DatabaseSession::open(database, DatabaseSession::Access::Write, environment);
-            auto sources = (*session)->table("Sources");
-            ASSERT_TRUE((*session)->insert(*sources, {{"SourceID", 1}, {"SourceName", "Garden"}, {"SourceType", 0},
-                                                      {"SourceFileName", station}, {"SourceDatabase", database},
-                                                      {"DataID", 1}, {"LogMultiple", 1}}));
-            ASSERT_TRUE((*session)->commit());
-        }
+        ASSERT_TRUE(insertRow(database, "Sources",
+                              {{"SourceID", 1}, {"SourceName", "Garden"}, {"SourceType", 0}, {"SourceFileName", station},
+                               {"SourceDatabase", database}, {"DataID", 1}, {"LogMultiple", 1}}));
         TraceEntry temperature;
         temperature.sourceID = 1;
         temperature.sourceName = "Garden";

@@ -1,7 +1,4 @@
-#include "core/db/DatabaseSession.h"
 #include "core/db/NimbrelSchema.h"
-#include "core/errors/Environment.h"
-#include "core/text/Clock.h"
 #include "support/TestSupport.h"
 
 #include "ProgramRun.h"
@@ -21,15 +18,7 @@ protected:
     void SetUp() override
     {
         ASSERT_TRUE(NimbrelSchema::createDatabase(path.toStdString()));
-        RecordingErrors errors;
-        RecordingMessageBoxes boxes;
-        FixedClock clock{QDateTime::currentDateTime()};
-        const Environment environment{errors, boxes, clock};
-        auto session = DatabaseSession::open(path, DatabaseSession::Access::Write, environment);
-        ASSERT_TRUE(session);
-        auto sources = (*session)->table("Sources");
-        ASSERT_TRUE((*session)->insert(*sources, {{"SourceID", 4}, {"SourceName", "Garden"}, {"DataID", 4}}));
-        ASSERT_TRUE((*session)->commit());
+        ASSERT_TRUE(insertRow(path, "Sources", {{"SourceID", 4}, {"SourceName", "Garden"}, {"DataID", 4}}));
     }
 
     TempFolder folder;

@@ -1,4 +1,3 @@
-#include "core/db/DatabaseSession.h"
 #include "core/db/NimbrelSchema.h"
 #include "core/errors/Environment.h"
 #include "core/import/HistoryImport.h"
@@ -27,14 +26,8 @@ protected:
         RecordingMessageBoxes boxes;
         FixedClock clock{QDateTime::currentDateTime()};
         const Environment environment{errors, boxes, clock};
-        {
-            auto session = DatabaseSession::open(path, DatabaseSession::Access::Write, environment);
-            ASSERT_TRUE(session);
-            auto sources = (*session)->table("Sources");
-            ASSERT_TRUE((*session)->insert(*sources, {{"SourceID", 4}, {"SourceName", "Garden"},
-                                                      {"SourceDatabase", path}, {"DataID", 4}}));
-            ASSERT_TRUE((*session)->commit());
-        }
+        ASSERT_TRUE(insertRow(path, "Sources",
+                              {{"SourceID", 4}, {"SourceName", "Garden"}, {"SourceDatabase", path}, {"DataID", 4}}));
         GeneratedReadings readings(QDateTime(QDate(2026, 1, 1), QTime(0, 0)), 20000);
         ASSERT_TRUE(HistoryImport::run(readings, path, 4, environment).ok());
     }

@@ -59,13 +59,10 @@ protected:
         options.port = 0;
     }
 
-    void addSource(const QString& database, qint32 id, const QString& name, qint32 dataID)
+    static void addSource(const QString& database, qint32 id, const QString& name, qint32 dataID)
     {
-        auto session = DatabaseSession::open(database, DatabaseSession::Access::Write, environment);
-        auto table = (*session)->table("Sources");
-        ASSERT_TRUE((*session)->insert(*table, {{"SourceID", id}, {"SourceName", name},
-                                                {"SourceDatabase", database}, {"DataID", dataID}}));
-        ASSERT_TRUE((*session)->commit());
+        ASSERT_TRUE(insertRow(database, "Sources",
+                              {{"SourceID", id}, {"SourceName", name}, {"SourceDatabase", database}, {"DataID", dataID}}));
     }
 
     void store(const QString& database, qint32 sourceID, const QDateTime& from, int count)

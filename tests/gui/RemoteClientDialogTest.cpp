@@ -32,16 +32,11 @@ class RemoteClientDialogTest : public QObject {
         const QString path = run.folder.file("Elsewhere.mdb");
         if (!NimbrelSchema::createDatabase(path.toStdString()))
             qFatal("cannot create the server's database");
-        auto session = DatabaseSession::open(path, DatabaseSession::Access::Write, run.environment);
-        auto sources = (*session)->table("Sources");
         for (const auto& [id, name] : {std::pair{4, "Demo Station"}, std::pair{5, "Hilltop"}}) {
-            if (!(*session)->insert(*sources, {{"SourceID", id}, {"SourceName", QString(name)},
-                                               {"SourceDatabase", path}, {"DataID", id}}))
+            if (!insertRow(path, "Sources",
+                           {{"SourceID", id}, {"SourceName", QString(name)}, {"SourceDatabase", path}, {"DataID", id}}))
                 qFatal("cannot add a source");
         }
-        if (!(*session)->commit())
-            qFatal("cannot add the sources");
-        session.value().reset();
         GeneratedReadings readings(QDateTime(QDate(2020, 6, 1), QTime(0, 0)), 300);
         if (!HistoryImport::run(readings, path, 4, run.environment).ok())
             qFatal("cannot add the readings");

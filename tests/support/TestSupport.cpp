@@ -1,5 +1,8 @@
 #include "support/TestSupport.h"
 
+#include "core/errors/Environment.h"
+#include "core/text/Clock.h"
+
 #include <QDir>
 #include <QFile>
 #include <cstdio>
@@ -36,6 +39,19 @@ QByteArray readAll(const QString& path)
     if (!in.open(QIODevice::ReadOnly))
         return {};
     return in.readAll();
+}
+
+bool insertRow(const QString& path, const QString& table, const std::vector<ColumnValue>& values)
+{
+    RecordingErrors errors;
+    RecordingMessageBoxes boxes;
+    FixedClock clock{QDateTime::currentDateTime()};
+    const Environment environment{errors, boxes, clock};
+    auto session = DatabaseSession::open(path, DatabaseSession::Access::Write, environment);
+    if (!session)
+        return false;
+    auto rows = (*session)->table(table);
+    return rows && (*session)->insert(*rows, values) && (*session)->commit();
 }
 
 namespace {

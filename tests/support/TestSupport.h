@@ -1,5 +1,6 @@
 #pragma once
 
+#include "core/db/DatabaseSession.h"
 #include "core/errors/ErrorReporter.h"
 #include "core/errors/MessageBoxes.h"
 
@@ -42,6 +43,10 @@ private:
 };
 
 QByteArray readAll(const QString& path);
+
+// Adds one row to `table` of the Nimbrel database at `path` and commits it
+// (a source, a reading); false when it cannot.
+bool insertRow(const QString& path, const QString& table, const std::vector<ColumnValue>& values);
 
 // How a test program fails the running test from its helpers (GoogleTest
 // and QtTest fail a test differently). Each test program's main installs its
