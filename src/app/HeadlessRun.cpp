@@ -36,8 +36,6 @@ const char* const kUsage =
     "Errors go to the error log (and mail, when set up) and to standard error.\n"
     "SIGHUP reads the settings again; SIGTERM or Ctrl+C stops it.\n";
 
-constexpr int kTickMs = 5000;
-
 // One line per message on the log stream, with its level; any thread.
 class LogLines {
 public:
@@ -150,7 +148,7 @@ int run(const QStringList& arguments, double speed, QTextStream& out, QTextStrea
     lines.line("info", "running with the settings in " + settingsFile + ", logging into " + settings.primaryDatabase());
 
     QTimer timing;
-    timing.setInterval(std::max(1, int(kTickMs / speed)));
+    timing.setInterval(CycleWorker::tickIntervalMs(speed));
     QObject::connect(&timing, &QTimer::timeout, worker, [worker] { worker->requestTick(); });
     timing.start();
 

@@ -39,7 +39,6 @@
 
 namespace {
 
-constexpr int kTickMs = 5000;
 const char* const kHelpContact = "https://nimbrel.example.org/issues";
 
 QAction* addItem(QMenu* menu, const QString& caption, const QString& name, bool enabled = true)
@@ -69,7 +68,7 @@ MainWindow::MainWindow(SettingsModel& settings, const Environment& environment, 
 
     timing_ = new QTimer(this);
     timing_->setObjectName("refreshTimer");
-    timing_->setInterval(kTickMs);
+    timing_->setInterval(CycleWorker::tickIntervalMs());
 
     worker_ = new CycleWorker(settings_, environment_, &renderer_);
     worker_->moveToThread(&workerThread_);
@@ -375,7 +374,7 @@ void MainWindow::showFromTray()
 
 void MainWindow::runClockFaster(double speed)
 {
-    timing_->setInterval(std::max(1, int(kTickMs / speed)));
+    timing_->setInterval(CycleWorker::tickIntervalMs(speed));
     auto* clock = new QLabel(this);
     clock->setObjectName("fastClockLabel");
     clock->setToolTip(tr("The demo's clock runs %1 times faster than the real one").arg(speed));

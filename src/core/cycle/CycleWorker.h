@@ -4,6 +4,8 @@
 #include "core/cycle/RefreshCycle.h"
 
 #include <QObject>
+
+#include <algorithm>
 #include <atomic>
 
 // Runs the refresh cycle and the history graph on their own thread, one
@@ -19,6 +21,9 @@ public:
     // `renderer` (may be null) draws the graph's pictures, on this worker's thread.
     CycleWorker(const SettingsModel& settings, const Environment& environment, GraphRenderer* renderer = nullptr);
 
+    // How often to ask for a tick, in milliseconds: every five seconds, as
+    // many times more often as the clock runs faster (`speed`).
+    static int tickIntervalMs(double speed = 1) { return std::max(1, int(5000 / speed)); }
     // Asks for a tick unless one is waiting or running; any thread.
     void requestTick();
     // The panel's source; any thread.
