@@ -123,11 +123,13 @@ TEST_F(HeadlessRunTest, LogsAtTheMarksWithoutADisplayAndObeysSignals)
 
     QSettings(settingsFile, QSettings::IniFormat).setValue("Data/Interval", "2");  // 30 minutes
     ::kill(pid_t(run.processId()), SIGHUP);
-    QThread::msleep(1500);  // the mark due before the change may still come
+    QThread::msleep(1500);
     const qsizetype before = logged().size();
-    EXPECT_TRUE(waitFor([&] { return logged().size() >= before + 3; }, 20000));
+    EXPECT_TRUE(waitFor([&] { return logged().size() >= before + 4; }, 30000));
+    // On a loaded machine a ten-minute mark due before the change may still
+    // come first: the intervals from the second reading on are the new ones.
     const QList<QDateTime> after = logged().mid(before);
-    for (qsizetype i = 1; i < after.size(); ++i)
+    for (qsizetype i = 2; i < after.size(); ++i)
         EXPECT_EQ(after[i - 1].secsTo(after[i]), 30 * 60) << "after SIGHUP, a reading every 30 minutes";
 
     run.terminate();
