@@ -1,5 +1,6 @@
 #pragma once
 
+#include <bit>
 #include <cstddef>
 #include <cstdint>
 #include <cstring>
@@ -75,12 +76,17 @@ public:
 private:
     // `Size` bytes from `offset` as a little-endian number; bytes past the
     // window read as 0. One range check for the whole number when it lies
-    // inside (the compiler then makes one load of the shifts), else byte by byte.
+    // inside, and on a little-endian machine one load (a byte loop is not
+    // merged into one at -O2), else byte by byte.
     template <std::size_t Size>
     uint64_t little(std::size_t offset) const
     {
         uint64_t value = 0;
         if (has(offset, Size)) {
+            if constexpr (std::endian::native == std::endian::little) {
+                std::memcpy(&value, data_ + offset, Size);
+                return value;
+            }
             for (std::size_t i = 0; i < Size; ++i)
                 value |= uint64_t(data_[offset + i]) << (8 * i);
             return value;
