@@ -304,9 +304,9 @@ std::size_t prefetchPages(Pager& pager, const std::vector<RowPointer>& rows, std
 
 }  // namespace
 
-Status Database::scanRange(const TableDefinition& table, const std::string& indexName,
-                           const std::vector<Value>& low, const std::vector<Value>& high,
-                           const std::function<bool(const Row&)>& visit, const std::vector<std::string>& columns)
+Status Database::scanRangeViews(const TableDefinition& table, const std::string& indexName,
+                                const std::vector<Value>& low, const std::vector<Value>& high,
+                                const std::function<bool(const RowView&)>& visit)
 {
     const Index* index = table.index(indexName);
     if (!index)
@@ -322,7 +322,38 @@ Status Database::scanRange(const TableDefinition& table, const std::string& inde
     auto pointers = IndexTree(*pager_, real).range(*lowKey, *highKey);
     if (!pointers)
         return within(where, pointers.error());
+    return visitRows(table, *pointers, visit);
+}
 
+Status Database::visitRows(const TableDefinition& table, const std::vector<RowPointer>& locations,
+                           const std::function<bool(const RowView&)>& visit)
+{
+    const RowDecoder decoder(*pager_, table);
+    RowReader reader(*pager_);
+    std::size_t prefetched = 0;  // the rows whose pages have been asked for
+    for (std::size_t i = 0; i < locations.size(); ++i) {
+        const RowPointer location = locations[i];
+        if (i == prefetched)
+            prefetched = prefetchPages(*pager_, locations, i);
+        auto bytes = reader.read(location);
+        if (!bytes)
+            return within("table " + table.name, bytes.error());
+        if (dataPageOwner(reader.page()) != table.firstPage)
+            return corruption("table " + table.name + ": data page " + std::to_string(reader.page().number) +
+                              " belongs to another table");
+        auto view = decoder.view(*bytes, location);
+        if (!view)
+            return within("table " + table.name, view.error());
+        if (!visit(*view))
+            break;
+    }
+    return Status::success();
+}
+
+Status Database::scanRange(const TableDefinition& table, const std::string& indexName,
+                           const std::vector<Value>& low, const std::vector<Value>& high,
+                           const std::function<bool(const Row&)>& visit, const std::vector<std::string>& columns)
+{
     auto wanted = columnMask(table, columns);
     if (!wanted)
         return wanted.error();
@@ -331,28 +362,19 @@ Status Database::scanRange(const TableDefinition& table, const std::string& inde
         if ((*wanted)[i])
             positions.push_back(i);
     }
-    const RowDecoder decoder(*pager_, table);
-    RowReader reader(*pager_);
     Row row;
     row.values.resize(table.columns.size());
-    std::size_t prefetched = 0;  // the rows whose pages have been asked for
-    for (std::size_t i = 0; i < pointers->size(); ++i) {
-        const RowPointer pointer = (*pointers)[i];
-        if (i == prefetched)
-            prefetched = prefetchPages(*pager_, *pointers, i);
-        auto bytes = reader.read(pointer);
-        if (!bytes)
-            return within("table " + table.name, bytes.error());
-        if (dataPageOwner(reader.page()) != table.firstPage)
-            return corruption("table " + table.name + ": data page " + std::to_string(reader.page().number) +
-                         " belongs to another table");
-        if (Status decoded = decoder.decodeInto(*bytes, positions, row.values); !decoded)
-            return within("table " + table.name, decoded.error());
-        row.location = pointer;
-        if (!visit(row))
-            break;
-    }
-    return Status::success();
+    Status decoded;
+    Status scanned = scanRangeViews(table, indexName, low, high, [&](const RowView& view) {
+        decoded = view.decodeInto(positions, row.values);
+        if (!decoded)
+            return false;
+        row.location = view.location();
+        return visit(row);
+    });
+    if (!decoded)
+        return within("table " + table.name, decoded.error());
+    return scanned;
 }
 
 Result<std::vector<Row>> findRows(Database& database, IndexPages& pages, const TableDefinition& table,

@@ -5,6 +5,7 @@
 #include "mdb/Header.h"
 #include "mdb/IndexPageCache.h"
 #include "mdb/Pager.h"
+#include "mdb/RowDecoder.h"
 #include "mdb/TableDefinition.h"
 #include "mdb/Value.h"
 
@@ -87,6 +88,14 @@ public:
     Status scanRange(const TableDefinition& table, const std::string& indexName, const std::vector<Value>& low,
                      const std::vector<Value>& high, const std::function<bool(const Row&)>& visit,
                      const std::vector<std::string>& columns = {});
+    // The same rows as views of their stored bytes, for reading a few
+    // columns of many rows without decoding whole rows.
+    Status scanRangeViews(const TableDefinition& table, const std::string& indexName, const std::vector<Value>& low,
+                          const std::vector<Value>& high, const std::function<bool(const RowView&)>& visit);
+    // Calls `visit` with the row at each of `locations`, in that order;
+    // stops early when `visit` returns false.
+    Status visitRows(const TableDefinition& table, const std::vector<RowPointer>& locations,
+                     const std::function<bool(const RowView&)>& visit);
 
     Pager& pager() { return *pager_; }
     File& file() { return *file_; }

@@ -5,6 +5,10 @@
 #include "mdb/LongValue.h"
 #include "mdb/Text.h"
 
+#include <cmath>
+#include <optional>
+#include <type_traits>
+
 namespace mdb {
 
 namespace {
@@ -81,13 +85,6 @@ Result<RowDecoder::Frame> RowDecoder::frame(ByteView row) const
     return frame;
 }
 
-bool RowDecoder::isPresent(const Frame& frame, const Column& column) const
-{
-    if (column.number >= frame.columnCount)
-        return false;  // added to the table after the row was written
-    return (frame.nullMask.u8(column.number / 8) >> (column.number % 8)) & 1;
-}
-
 Result<Value> RowDecoder::fixedValue(ByteView row, const Column& column) const
 {
     const std::size_t size = fixedSize(column);
@@ -97,10 +94,10 @@ Result<Value> RowDecoder::fixedValue(ByteView row, const Column& column) const
     return decodeFixed(column, row.sub(at, size));
 }
 
-Result<Value> RowDecoder::variableValue(ByteView row, const Frame& frame, const Column& column) const
+Result<std::optional<ByteView>> RowDecoder::variableBytes(ByteView row, const Frame& frame, const Column& column) const
 {
     if (std::size_t(column.variableIndex) >= frame.variableCount)
-        return Value(Null{});  // the row predates the column
+        return std::optional<ByteView>();  // the row predates the column
     // Entry k lies 2(k + 2) bytes before the mask; the entry after the
     // last one is the end of the data, at the table's start.
     const std::size_t k = column.variableIndex;
@@ -109,7 +106,17 @@ Result<Value> RowDecoder::variableValue(ByteView row, const Frame& frame, const 
                                                      : row.u16(frame.tableStart);
     if (start > end || end > frame.tableStart)
         return corruption("column " + column.name + ": the row's variable-value offsets are out of order or past its data");
-    const ByteView bytes = row.sub(start, std::size_t(end - start));
+    return std::optional<ByteView>(row.sub(start, std::size_t(end - start)));
+}
+
+Result<Value> RowDecoder::variableValue(ByteView row, const Frame& frame, const Column& column) const
+{
+    auto stored = variableBytes(row, frame, column);
+    if (!stored)
+        return stored.error();
+    if (!*stored)
+        return Value(Null{});
+    const ByteView bytes = **stored;
     if (column.isLongValue()) {
         auto value = readLongValue(pager_, bytes);
         if (!value)
@@ -166,7 +173,7 @@ bool RowDecoder::decodeNumberInPlace(ByteView row, const Frame& frame, const Col
     if (column.type != ColumnType::Double && column.type != ColumnType::DateTime)
         return false;
     const std::size_t at = kRowCountSize + column.fixedOffset;
-    if (!isPresent(frame, column) || !row.has(at, 8))
+    if (!column.isFixed() || !isPresent(frame, column) || !row.has(at, 8))
         return false;
     if (column.type == ColumnType::Double)
         value.emplace<double>(row.f64(at));
@@ -178,15 +185,100 @@ bool RowDecoder::decodeNumberInPlace(ByteView row, const Frame& frame, const Col
 Status RowDecoder::decodeInto(ByteView row, const std::vector<std::size_t>& positions,
                               std::vector<Value>& values) const
 {
+    auto rowView = view(row);
+    if (!rowView)
+        return rowView.error();
+    return rowView->decodeInto(positions, values);
+}
+
+Result<RowView> RowDecoder::view(ByteView row, RowPointer location) const
+{
     auto layout = frame(row);
     if (!layout)
         return layout.error();
+    return RowView(*this, row, *layout, location);
+}
+
+bool isNumberType(ColumnType type)
+{
+    switch (type) {
+    case ColumnType::Byte:
+    case ColumnType::Integer:
+    case ColumnType::Long:
+    case ColumnType::Currency:
+    case ColumnType::Single:
+    case ColumnType::Double:
+    case ColumnType::DateTime: return true;
+    default: return false;
+    }
+}
+
+Result<Value> RowView::value(std::size_t position) const
+{
+    const Column* wanted = column(position);
+    if (!wanted)
+        return corruption("column position " + std::to_string(position) + " is outside the row");
+    return decoder_.columnValue(row_, frame_, *wanted);
+}
+
+Result<double> RowView::anyNumber(std::size_t position) const
+{
+    const Column* wanted = column(position);
+    if (!wanted || !isNumberType(wanted->type))
+        return invalidArgument("column position " + std::to_string(position) + " does not hold numbers");
+    auto value = decoder_.columnValue(row_, frame_, *wanted);
+    if (!value)
+        return value.error();
+    return std::visit(
+        [](const auto& v) -> double {
+            using T = std::decay_t<decltype(v)>;
+            if constexpr (std::is_arithmetic_v<T>)
+                return double(v);
+            else if constexpr (std::is_same_v<T, DateTime>)
+                return v.days;
+            else if constexpr (std::is_same_v<T, Currency>)
+                return double(v.tenThousandths) / 10000.0;
+            else
+                return std::nan("");  // null
+        },
+        *value);
+}
+
+Result<bool> RowView::text(std::size_t position, std::string& into) const
+{
+    const Column* wanted = column(position);
+    if (wanted && wanted->type == ColumnType::Text && !wanted->isFixed()) {
+        if (!decoder_.isPresent(frame_, *wanted))
+            return false;
+        auto stored = decoder_.variableBytes(row_, frame_, *wanted);
+        if (!stored)
+            return stored.error();
+        if (!*stored)
+            return false;
+        decodeTextInto(**stored, into);
+        return true;
+    }
+    auto value = this->value(position);
+    if (!value)
+        return value.error();
+    if (isNull(*value))
+        return false;
+    if (const auto* held = std::get_if<std::string>(&*value))
+        into = *held;
+    else
+        into = toText(*value);
+    return true;
+}
+
+Status RowView::decodeInto(const std::vector<std::size_t>& positions, std::vector<Value>& values) const
+{
     for (std::size_t i : positions) {
-        if (i >= table_.columns.size() || i >= values.size())
+        const Column* wanted = column(i);
+        if (!wanted || i >= values.size())
             return corruption("column position " + std::to_string(i) + " is outside the row");
-        if (decodeNumberInPlace(row, *layout, table_.columns[i], values[i]))
+        if (decoder_.decodeNumberInPlace(row_, frame_, *wanted, values[i]))
             continue;
-        auto value = columnValue(row, *layout, table_.columns[i]);
+        auto value = decoder_.columnValue(row_, frame_, *wanted);
         if (!value)
             return value.error();
         values[i] = std::move(*value);

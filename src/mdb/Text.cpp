@@ -103,15 +103,26 @@ std::string utf16leToUtf8(ByteView bytes)
 
 std::string decodeText(ByteView bytes)
 {
-    if (!(bytes.size() >= 2 && bytes.u8(0) == 0xFF && bytes.u8(1) == 0xFE))
-        return utf16leToUtf8(bytes);
+    std::string text;
+    decodeTextInto(bytes, text);
+    return text;
+}
+
+void decodeTextInto(ByteView bytes, std::string& text)
+{
+    if (!(bytes.size() >= 2 && bytes.u8(0) == 0xFF && bytes.u8(1) == 0xFE)) {
+        text = utf16leToUtf8(bytes);
+        return;
+    }
 
     // The common case first: compressed text of plain ASCII only, which is
     // its own UTF-8.
     const auto* first = bytes.data() + 2;
     const auto* end = bytes.data() + bytes.size();
-    if (std::all_of(first, end, [](uint8_t byte) { return byte > 0x00 && byte < 0x80; }))
-        return std::string(reinterpret_cast<const char*>(first), std::size_t(end - first));
+    if (std::all_of(first, end, [](uint8_t byte) { return byte > 0x00 && byte < 0x80; })) {
+        text.assign(reinterpret_cast<const char*>(first), std::size_t(end - first));
+        return;
+    }
 
     std::u16string units;
     bool compressed = true;
@@ -130,7 +141,7 @@ std::string decodeText(ByteView bytes)
             break;  // a lone byte at the end: not a character
         }
     }
-    return untilNul(std::move(units));
+    text = untilNul(std::move(units));
 }
 
 std::vector<uint8_t> encodeUcs2(const std::string& utf8)

@@ -13,6 +13,8 @@ namespace mdb {
 // characters below U+0100 stored one byte each, switched to and from runs of
 // two-byte characters by a 0x00 byte.
 std::string decodeText(ByteView bytes);
+// The same into `text`, whose storage is reused.
+void decodeTextInto(ByteView bytes, std::string& text);
 
 // UCS-2 little-endian bytes (names in table definitions), to UTF-8.
 std::string utf16leToUtf8(ByteView bytes);

@@ -4,6 +4,7 @@
 #include "mdb/IndexTree.h"
 
 #include <algorithm>
+#include <cmath>
 #include <gtest/gtest.h>
 #include <random>
 
@@ -84,4 +85,105 @@ TEST(IndexRange, FindsWhatAScanFindsBetweenTheBounds)
         return true;
     }));
     EXPECT_EQ(whole, std::count_if(rows->begin(), rows->end(), [&](const Row& r) { return keyOf(r).first == 1; }));
+}
+
+// A range read through row views sees the same rows as one through decoded
+// rows, and each view gives the values decoding gives: numbers of every
+// kind (NaN for null), texts (fixed, variable, long), and refusals.
+TEST(RowViews, GiveWhatDecodingGives)
+{
+    using namespace mdb;
+    const std::string path = "views.mdb";
+    MemoryFileSystem files;
+    ASSERT_TRUE(createDatabase(files, path, [](DatabaseWriter& writer) {
+        return writer.createTable("Readings",
+                                  {{"SourceID", ColumnType::Long}, {"DateRead", ColumnType::DateTime},
+                                   {"Small", ColumnType::Byte}, {"Count", ColumnType::Integer},
+                                   {"Money", ColumnType::Currency}, {"Ratio", ColumnType::Single},
+                                   {"Reading", ColumnType::Double}, {"TimeText", ColumnType::Text, 10},
+                                   {"Code", ColumnType::Text, 4, false, true}, {"Note", ColumnType::Memo},
+                                   {"Flag", ColumnType::Boolean}},
+                                  {{"SourceDate", {"SourceID", "DateRead"}}});
+    }));
+    {
+        auto database = Database::open(files, path, OpenMode::ReadWrite);
+        ASSERT_TRUE(database) << database.error().message;
+        DatabaseWriter writer(**database);
+        for (int i = 0; i < 300; ++i) {
+            const bool gaps = i % 7 == 3;  // every column but the key null
+            const auto orNull = [gaps](Value value) { return gaps ? Value(Null{}) : value; };
+            ASSERT_TRUE(writer.append(
+                "Readings", {int32_t(i % 2), DateTime{46000.0 + i / 144.0}, orNull(uint8_t(i % 250)),
+                             orNull(int16_t(-i)), orNull(Currency{i * 12345}), orNull(float(i) / 4),
+                             orNull(i * 0.1), orNull(std::string(i % 5 ? "12:30" : "Gr\u00fc\u00df")),
+                             orNull(std::string("AB")), orNull(std::string(3000, char('a' + i % 26))),
+                             i % 2 == 0}));
+        }
+        ASSERT_TRUE(writer.commit());
+    }
+    auto database = Database::open(files, path, OpenMode::ReadOnly);
+    ASSERT_TRUE(database) << database.error().message;
+    auto table = (*database)->definition("Readings");
+    ASSERT_TRUE(table);
+    const std::vector<Value> low{int32_t(1), DateTime{46000.0}}, high{int32_t(1), DateTime{46003.0}};
+
+    std::vector<Row> decoded;
+    ASSERT_TRUE((*database)->scanRange(*table, "SourceDate", low, high, [&](const Row& row) {
+        decoded.push_back(row);
+        return true;
+    }));
+    ASSERT_EQ(decoded.size(), 150u);
+    std::size_t seen = 0;
+    std::string text;
+    Status scanned = (*database)->scanRangeViews(*table, "SourceDate", low, high, [&](const RowView& view) {
+        const Row& row = decoded.at(seen++);
+        EXPECT_EQ(view.location(), row.location);
+        for (std::size_t column = 0; column < table->columns.size(); ++column) {
+            const Column& definition = table->columns[column];
+            SCOPED_TRACE(definition.name + ", row " + std::to_string(seen));
+            const Value& expected = row.values[column];
+            auto value = view.value(column);
+            EXPECT_TRUE(value && *value == expected);
+            auto number = view.number(column);
+            if (!isNumberType(definition.type)) {
+                EXPECT_FALSE(number);
+                EXPECT_EQ(number.error().kind, ErrorKind::InvalidArgument);
+            } else if (isNull(expected)) {
+                EXPECT_TRUE(number && std::isnan(*number));
+            } else {
+                const double wanted = std::visit(
+                    [](const auto& v) -> double {
+                        using T = std::decay_t<decltype(v)>;
+                        if constexpr (std::is_arithmetic_v<T>) return double(v);
+                        else if constexpr (std::is_same_v<T, DateTime>) return v.days;
+                        else if constexpr (std::is_same_v<T, Currency>) return double(v.tenThousandths) / 10000.0;
+                        else return -1;
+                    },
+                    expected);
+                EXPECT_TRUE(number && *number == wanted);
+            }
+            text = "left alone";
+            auto hasText = view.text(column, text);
+            if (!hasText) {
+                ADD_FAILURE() << hasText.error().message;
+                continue;
+            }
+            EXPECT_EQ(*hasText, !isNull(expected));
+            EXPECT_EQ(text, *hasText ? toText(expected) : "left alone");
+        }
+        return true;
+    });
+    ASSERT_TRUE(scanned) << scanned.error().message;
+    EXPECT_EQ(seen, decoded.size());
+
+    // Visiting stops when asked to; rows are visited in the order given.
+    std::vector<RowPointer> backwards;
+    for (auto row = decoded.rbegin(); row != decoded.rend(); ++row)
+        backwards.push_back(row->location);
+    std::vector<RowPointer> visited;
+    ASSERT_TRUE((*database)->visitRows(*table, backwards, [&](const RowView& view) {
+        visited.push_back(view.location());
+        return visited.size() < 10;
+    }));
+    EXPECT_EQ(visited, std::vector<RowPointer>(backwards.begin(), backwards.begin() + 10));
 }

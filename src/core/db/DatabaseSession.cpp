@@ -178,9 +178,9 @@ mdb::Result<std::vector<mdb::Row>> DatabaseSession::rowsWhere(const SessionTable
     return rows;
 }
 
-mdb::Status DatabaseSession::rowsBetween(const SessionTable& table, const std::vector<ColumnValue>& equal,
-                                         const ColumnValue& low, const QVariant& high,
-                                         const std::function<bool(const mdb::Row&)>& visit, const QStringList& columns)
+mdb::Status DatabaseSession::viewsBetween(const SessionTable& table, const std::vector<ColumnValue>& equal,
+                                          const ColumnValue& low, const QVariant& high,
+                                          const std::function<bool(const mdb::RowView&)>& visit)
 {
     std::vector<int> positions;
     auto wanted = storedValues(table, equal, positions);
@@ -190,7 +190,6 @@ mdb::Status DatabaseSession::rowsBetween(const SessionTable& table, const std::v
     auto bounds = storedValues(table, {low, {low.column, high}}, rangePosition);
     if (!bounds)
         return bounds.error();
-    const std::vector<std::string> decoded = decodedColumns(table, columns, equal, low.column);
     if (std::any_of(wanted->begin(), wanted->end(), [](const mdb::Value& v) { return mdb::isNull(v); }) ||
         mdb::isNull((*bounds)[0]) || mdb::isNull((*bounds)[1]))
         return mdb::Status::success();
@@ -204,36 +203,64 @@ mdb::Status DatabaseSession::rowsBetween(const SessionTable& table, const std::v
         }
         lowKey.push_back((*bounds)[0]);
         highKey.push_back((*bounds)[1]);
-        return database_->scanRange(table.definition(), index->name, lowKey, highKey, visit, decoded);
+        return database_->scanRangeViews(table.definition(), index->name, lowKey, highKey, visit);
     }
 
+    // Without such an index: the matching rows found by reading the whole
+    // table (only the compared columns), put in order, then visited.
     const std::size_t rangeAt = std::size_t(rangePosition[0]);
-    std::vector<mdb::Row> rows;
+    std::vector<std::pair<mdb::Value, mdb::RowPointer>> found;
     mdb::Status scanned = database_->scan(table.definition(), [&](const mdb::Row& row) {
         const mdb::Value& value = row.values[rangeAt];
         if (matchesAll(row, positions, *wanted) && ColumnValues::compare(value, (*bounds)[0]) >= 0 &&
             ColumnValues::compare(value, (*bounds)[1]) <= 0)
-            rows.push_back(row);
+            found.emplace_back(value, row.location);
         return true;
-    }, decoded);
+    }, decodedColumns(table, {}, equal, low.column));
     if (!scanned)
         return scanned;
-    std::stable_sort(rows.begin(), rows.end(), [rangeAt](const mdb::Row& a, const mdb::Row& b) {
-        return ColumnValues::compare(a.values[rangeAt], b.values[rangeAt]) < 0;
+    std::stable_sort(found.begin(), found.end(), [](const auto& a, const auto& b) {
+        return ColumnValues::compare(a.first, b.first) < 0;
     });
-    for (const mdb::Row& row : rows) {
-        if (!visit(row))
-            break;
+    std::vector<mdb::RowPointer> locations;
+    locations.reserve(found.size());
+    for (const auto& [value, location] : found)
+        locations.push_back(location);
+    return database_->visitRows(table.definition(), locations, visit);
+}
+
+mdb::Status DatabaseSession::rowsBetween(const SessionTable& table, const std::vector<ColumnValue>& equal,
+                                         const ColumnValue& low, const QVariant& high,
+                                         const std::function<bool(const mdb::Row&)>& visit, const QStringList& columns)
+{
+    std::vector<std::size_t> positions;
+    const std::size_t columnCount = table.definition().columns.size();
+    if (columns.isEmpty()) {
+        for (std::size_t i = 0; i < columnCount; ++i)
+            positions.push_back(i);
+    } else {
+        for (const std::string& name : decodedColumns(table, columns, equal, low.column))
+            positions.push_back(std::size_t(table.position(QString::fromStdString(name))));
     }
-    return mdb::Status::success();
+    mdb::Row row;
+    row.values.resize(columnCount);
+    mdb::Status decoded;
+    mdb::Status walked = viewsBetween(table, equal, low, high, [&](const mdb::RowView& view) {
+        decoded = view.decodeInto(positions, row.values);
+        if (!decoded)
+            return false;
+        row.location = view.location();
+        return visit(row);
+    });
+    if (!decoded)
+        return mdb::within("table " + table.name(), decoded.error());
+    return walked;
 }
 
 std::vector<std::string> DatabaseSession::decodedColumns(const SessionTable& table, const QStringList& columns,
                                                          const std::vector<ColumnValue>& equal,
                                                          const QString& range) const
 {
-    if (columns.isEmpty())
-        return {};
     QStringList all = columns;
     for (const ColumnValue& value : equal)
         all << value.column;

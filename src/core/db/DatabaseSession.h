@@ -67,6 +67,10 @@ public:
     mdb::Status rowsBetween(const SessionTable& table, const std::vector<ColumnValue>& equal, const ColumnValue& low,
                             const QVariant& high, const std::function<bool(const mdb::Row&)>& visit,
                             const QStringList& columns = {});
+    // The same rows as views of their stored bytes (valid during the visit
+    // only), for a read that wants a few numbers of many rows.
+    mdb::Status viewsBetween(const SessionTable& table, const std::vector<ColumnValue>& equal, const ColumnValue& low,
+                             const QVariant& high, const std::function<bool(const mdb::RowView&)>& visit);
     // Every row in storage order, decoding only `columns` (all when empty).
     mdb::Status scan(const SessionTable& table, const std::function<bool(const mdb::Row&)>& visit,
                      const QStringList& columns = {});
@@ -87,6 +91,7 @@ private:
     mdb::Result<std::vector<mdb::Value>> storedValues(const SessionTable& table, const std::vector<ColumnValue>& values,
                                                       std::vector<int>& positions);
     mdb::Status checkWriting() const;
+    // The names of `columns`, the `equal` columns and the `range` column.
     std::vector<std::string> decodedColumns(const SessionTable& table, const QStringList& columns,
                                             const std::vector<ColumnValue>& equal, const QString& range) const;
 

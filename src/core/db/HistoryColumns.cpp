@@ -3,6 +3,7 @@
 #include "core/db/ColumnValues.h"
 #include "core/db/DatabaseSession.h"
 #include "core/text/Compass.h"
+#include "mdb/RowDecoder.h"
 
 #include <cmath>
 #include <thread>
@@ -42,16 +43,105 @@ qint32 dayOf(const std::string& text)
     return day.isValid() ? qint32(day.toJulianDay()) : 0;
 }
 
-double numberOf(const mdb::Value& value, bool compass)
-{
-    if (const auto* number = std::get_if<double>(&value))
-        return *number;  // the usual case: a Double column
-    if (compass) {
-        const auto* text = std::get_if<std::string>(&value);
-        return text ? double(Compass::code(QString::fromStdString(*text))) : std::nan("");
+// One column read as numbers, and how: straight from the row for a number
+// column, a compass text (WindDir) as its code, anything else converted.
+struct NumberColumn {
+    enum class Kind { Number, Compass, Other };
+    std::size_t position = 0;
+    Kind kind = Kind::Other;
+
+    NumberColumn(const SessionTable& table, const QString& column)
+        : position(std::size_t(table.position(column)))
+    {
+        if (column.compare("WindDir", Qt::CaseInsensitive) == 0)
+            kind = Kind::Compass;
+        else if (mdb::isNumberType(table.definition().columns[position].type))
+            kind = Kind::Number;
     }
-    return ColumnValues::asNumber(value).value_or(std::nan(""));
-}
+
+    // The column's number in `row`; NaN where it holds none.
+    mdb::Result<double> in(const mdb::RowView& row) const
+    {
+        if (kind == Kind::Number)
+            return row.number(position);
+        auto value = row.value(position);
+        if (!value)
+            return value.error();
+        if (kind == Kind::Compass) {
+            const auto* text = std::get_if<std::string>(&*value);
+            return text ? double(Compass::code(QString::fromStdString(*text))) : std::nan("");
+        }
+        return ColumnValues::asNumber(*value).value_or(std::nan(""));
+    }
+};
+
+// What one pass keeps of each row, in the order rows come.
+class ColumnCollector {
+public:
+    ColumnCollector(const SessionTable& table, const QStringList& columns, bool withStability, bool withDayText)
+        : stamp_(table, "DateRead"), stability_(table, "Stability"),
+          timeTextAt_(std::size_t(table.position("TimeText"))),
+          dayTextAt_(withDayText ? std::size_t(table.position("DateText")) : 0),
+          withStability_(withStability), withDayText_(withDayText)
+    {
+        for (const QString& column : columns)
+            values_.emplace_back(table, column);
+        rows_.values.resize(values_.size());
+    }
+
+    // Keeps the row; a failure (a damaged row) comes back as the Error.
+    mdb::Status add(const mdb::RowView& row)
+    {
+        auto stamp = stamp_.in(row);
+        if (!stamp)
+            return stamp.error();
+        if (std::isnan(*stamp))
+            return mdb::Status::success();  // a reading without a time has no place on a time axis
+        auto hasTimeText = row.text(timeTextAt_, text_);
+        if (!hasTimeText)
+            return hasTimeText.error();
+        const std::size_t index = rows_.stamps.size();
+        rows_.stamps.push_back(*stamp);
+        const int minute = *hasTimeText ? minutesOf(text_) : -1;
+        rows_.minutes.push_back(qint16(minute));
+        if (minute < 0 && *hasTimeText)
+            rows_.otherTimeTexts.emplace_back(index, QString::fromStdString(text_));
+        double stability = std::nan("");
+        if (withStability_) {
+            auto read = stability_.in(row);
+            if (!read)
+                return read.error();
+            stability = *read;
+        }
+        rows_.stability.push_back(std::isnan(stability) ? HistoryColumns::kNoStability : qint16(stability));
+        if (withDayText_) {
+            auto hasDayText = row.text(dayTextAt_, text_);
+            if (!hasDayText)
+                return hasDayText.error();
+            rows_.dayTexts.push_back(*hasDayText ? dayOf(text_) : 0);
+        }
+        for (std::size_t c = 0; c < values_.size(); ++c) {
+            auto value = values_[c].in(row);
+            if (!value)
+                return value.error();
+            rows_.values[c].push_back(*value);
+        }
+        return mdb::Status::success();
+    }
+
+    HistoryColumns take() { return std::move(rows_); }
+
+private:
+    NumberColumn stamp_;
+    NumberColumn stability_;
+    std::size_t timeTextAt_;
+    std::size_t dayTextAt_;
+    bool withStability_;
+    bool withDayText_;
+    std::vector<NumberColumn> values_;
+    std::string text_;  // the last text read, its storage reused
+    HistoryColumns rows_;
+};
 
 mdb::Result<HistoryColumns> readPart(const QString& databasePath, qint32 sourceID, const QDateTime& from,
                                      const QDateTime& to, const QStringList& columns, bool withStability,
@@ -60,53 +150,24 @@ mdb::Result<HistoryColumns> readPart(const QString& databasePath, qint32 sourceI
     auto session = DatabaseSession::open(databasePath, DatabaseSession::Access::Read, environment);
     if (!session)
         return session.error();
-    QStringList read = QStringList(columns) << "TimeText";
-    if (withStability)
-        read << "Stability";
+    QStringList read = QStringList(columns) << "SourceID" << "DateRead" << "TimeText" << "Stability";
     if (withDayText)
         read << "DateText";
-    auto table = (*session)->table("History", QStringList(read) << "SourceID" << "DateRead" << "Stability");
+    auto table = (*session)->table("History", read);
     if (!table)
         return table.error();
-    const auto at = [&table](const QString& column) { return std::size_t(table->position(column)); };
-    const std::size_t stampAt = at("DateRead"), textAt = at("TimeText"), stabilityAt = at("Stability");
-    const std::size_t dayTextAt = withDayText ? at("DateText") : 0;
-    std::vector<std::size_t> valueAt;
-    std::vector<bool> compass;
-    for (const QString& column : columns) {
-        valueAt.push_back(at(column));
-        compass.push_back(column.compare("WindDir", Qt::CaseInsensitive) == 0);
-    }
-
-    HistoryColumns rows;
-    rows.values.resize(std::size_t(columns.size()));
-    const auto visit = [&](const mdb::Row& row) {
-        const auto* stamp = std::get_if<mdb::DateTime>(&row.values[stampAt]);
-        if (!stamp)
-            return true;  // a reading without a time has no place on a time axis
-        const std::size_t index = rows.stamps.size();
-        rows.stamps.push_back(stamp->days);
-        const auto* text = std::get_if<std::string>(&row.values[textAt]);
-        const int minute = text ? minutesOf(*text) : -1;
-        rows.minutes.push_back(qint16(minute));
-        if (minute < 0 && !mdb::isNull(row.values[textAt]))
-            rows.otherTimeTexts.emplace_back(index, QString::fromStdString(mdb::toText(row.values[textAt])));
-        const std::optional<double> stability =
-            withStability ? ColumnValues::asNumber(row.values[stabilityAt]) : std::nullopt;
-        rows.stability.push_back(stability ? qint16(*stability) : HistoryColumns::kNoStability);
-        if (withDayText) {
-            const auto* day = std::get_if<std::string>(&row.values[dayTextAt]);
-            rows.dayTexts.push_back(day ? dayOf(*day) : 0);
-        }
-        for (std::size_t c = 0; c < valueAt.size(); ++c)
-            rows.values[c].push_back(numberOf(row.values[valueAt[c]], compass[c]));
-        return true;
-    };
-    mdb::Status scanned =
-        (*session)->rowsBetween(*table, {{"SourceID", sourceID}}, {"DateRead", from}, to, visit, read);
+    ColumnCollector rows(*table, columns, withStability, withDayText);
+    mdb::Status kept;
+    mdb::Status scanned = (*session)->viewsBetween(*table, {{"SourceID", sourceID}}, {"DateRead", from}, to,
+                                                   [&](const mdb::RowView& row) {
+                                                       kept = rows.add(row);
+                                                       return bool(kept);
+                                                   });
+    if (!kept)
+        return mdb::within("table History", kept.error());
     if (!scanned)
         return scanned.error();
-    return rows;
+    return rows.take();
 }
 
 }  // namespace
