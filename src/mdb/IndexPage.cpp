@@ -82,8 +82,8 @@ Status decodeIndexPageInto(Pager& pager, uint32_t number, IndexPageForm form, In
 
     const std::size_t pointers = kRowPointerSize + (index.leaf ? 0 : kChildPointerSize);
     std::size_t start = layout.indexFirstEntryOffset;
-    std::vector<uint8_t> prefix;
-    std::vector<uint8_t> full;  // one entry with the prefix put back; reused
+    ByteView prefix;
+    std::vector<uint8_t> full;  // an entry with the prefix put back, where its pointers reach into the prefix
     const std::vector<std::size_t> ends = entryEnds(view, layout);
     // The entries already there keep their keys' storage for the new keys.
     index.entries.resize(ends.size());
@@ -96,19 +96,25 @@ Status decodeIndexPageInto(Pager& pager, uint32_t number, IndexPageForm form, In
         if (count == 0) {
             if (index.prefixLength > stored.size())
                 return corruption(where(number) + ": shared prefix is longer than the first entry");
-            prefix.assign(stored.data(), stored.data() + index.prefixLength);
-            full.clear();
-        } else {
-            full.assign(prefix.begin(), prefix.end());
+            prefix = stored.sub(0, index.prefixLength);
         }
-        full.insert(full.end(), stored.data(), stored.data() + stored.size());
-        if (full.size() < pointers)
+        // The first entry holds the prefix itself; the others leave it out.
+        const ByteView shared = count == 0 ? ByteView() : prefix;
+        if (shared.size() + stored.size() < pointers)
             return corruption(where(number) + ": entry " + std::to_string(count) + " is too short");
-        const ByteView fullView(full);
-        const std::size_t keyLength = full.size() - pointers;
-        entry.key.assign(full.begin(), full.begin() + std::ptrdiff_t(keyLength));
-        entry.row = RowPointer{fullView.u24be(keyLength), fullView.u8(keyLength + 3)};
-        entry.child = index.leaf ? 0 : fullView.u32be(keyLength + kRowPointerSize);
+        ByteView tail = stored;  // ends with the entry's pointers
+        if (stored.size() < pointers) {
+            full.assign(shared.data(), shared.data() + shared.size());
+            full.insert(full.end(), stored.data(), stored.data() + stored.size());
+            tail = ByteView(full);
+        }
+        const std::size_t keyLength = shared.size() + stored.size() - pointers;
+        const std::size_t fromShared = std::min(keyLength, shared.size());
+        entry.key.assign(shared.data(), shared.data() + fromShared);
+        entry.key.insert(entry.key.end(), stored.data(), stored.data() + (keyLength - fromShared));
+        const std::size_t pointersAt = tail.size() - pointers;
+        entry.row = RowPointer{tail.u24be(pointersAt), tail.u8(pointersAt + 3)};
+        entry.child = index.leaf ? 0 : tail.u32be(pointersAt + kRowPointerSize);
         ++count;
         start = end;
     }
