@@ -2,9 +2,11 @@
 
 #include <algorithm>
 #include <cerrno>
+#include <climits>
 #include <cstring>
 #include <fcntl.h>
 #include <sys/stat.h>
+#include <sys/uio.h>
 #include <unistd.h>
 
 namespace mdb {
@@ -40,6 +42,38 @@ public:
             if (n == 0)
                 return ioError(path_ + ": unexpected end of file at byte " + std::to_string(offset + done));
             done += std::size_t(n);
+        }
+        return Status::success();
+    }
+
+    Status readParts(uint64_t offset, std::span<const std::span<uint8_t>> parts) override
+    {
+        std::vector<iovec> pending;
+        for (std::span<uint8_t> part : parts) {
+            if (!part.empty())
+                pending.push_back({part.data(), part.size()});
+        }
+        std::size_t first = 0;  // the part the next read fills from
+        while (first < pending.size()) {
+            const int count = int(std::min<std::size_t>(pending.size() - first, IOV_MAX));
+            const ssize_t n = ::preadv(fd_, &pending[first], count, off_t(offset));
+            if (n < 0 && errno == EINTR)
+                continue;
+            if (n < 0)
+                return ioError(systemError("cannot read", path_));
+            if (n == 0)
+                return ioError(path_ + ": unexpected end of file at byte " + std::to_string(offset));
+            offset += uint64_t(n);
+            // Past the parts filled whole; a part filled in half goes on from where it stopped.
+            for (std::size_t left = std::size_t(n); left > 0;) {
+                iovec& part = pending[first];
+                const std::size_t taken = std::min(left, part.iov_len);
+                part.iov_base = static_cast<uint8_t*>(part.iov_base) + taken;
+                part.iov_len -= taken;
+                left -= taken;
+                if (part.iov_len == 0)
+                    ++first;
+            }
         }
         return Status::success();
     }
@@ -125,6 +159,22 @@ bool whenDiskFileCloses(File& file, std::function<void()> action)
     if (disk)
         disk->setOnClose(std::move(action));
     return disk != nullptr;
+}
+
+Status File::readParts(uint64_t offset, std::span<const std::span<uint8_t>> parts)
+{
+    std::size_t total = 0;
+    for (std::span<uint8_t> part : parts)
+        total += part.size();
+    std::vector<uint8_t> bytes(total);
+    if (Status read = this->read(offset, bytes); !read)
+        return read;
+    auto from = bytes.begin();
+    for (std::span<uint8_t> part : parts) {
+        std::copy_n(from, part.size(), part.begin());
+        from += std::ptrdiff_t(part.size());
+    }
+    return Status::success();
 }
 
 Status MemoryFile::read(uint64_t offset, std::span<uint8_t> out)

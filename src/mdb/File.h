@@ -20,6 +20,10 @@ public:
     virtual ~File() = default;
 
     virtual Status read(uint64_t offset, std::span<uint8_t> out) = 0;
+    // Reads the bytes from `offset` on into `parts`, one after the other: the
+    // same as one read() of their total size, without a buffer in between
+    // where the file can scatter its bytes.
+    virtual Status readParts(uint64_t offset, std::span<const std::span<uint8_t>> parts);
     virtual Status write(uint64_t offset, std::span<const uint8_t> data) = 0;
     virtual Result<uint64_t> size() = 0;
     // Makes every write so far durable.

@@ -37,17 +37,22 @@ void Pager::prefetch(std::vector<uint32_t> pageNumbers)
     pageNumbers.erase(std::unique(pageNumbers.begin(), pageNumbers.end()), pageNumbers.end());
     pageNumbers.resize(std::min(pageNumbers.size(), kCachedPages / 2));
     const std::size_t size = layout_.pageSize;
-    std::vector<uint8_t> run;
+    std::vector<std::shared_ptr<std::vector<uint8_t>>> pages;
+    std::vector<std::span<uint8_t>> parts;
     for (std::size_t first = 0; first < pageNumbers.size();) {
         std::size_t end = first + 1;
         while (end < pageNumbers.size() && pageNumbers[end] == pageNumbers[end - 1] + 1)
             ++end;
-        run.resize((end - first) * size);
-        if (file_.read(uint64_t(pageNumbers[first]) * size, run)) {
-            for (std::size_t i = first; i < end; ++i) {
-                const auto at = run.begin() + std::ptrdiff_t((i - first) * size);
-                remember(pageNumbers[i], std::make_shared<std::vector<uint8_t>>(at, at + std::ptrdiff_t(size)));
-            }
+        // The run's pages read straight into their own buffers.
+        pages.clear();
+        parts.clear();
+        for (std::size_t i = first; i < end; ++i) {
+            pages.push_back(std::make_shared<std::vector<uint8_t>>(size));
+            parts.emplace_back(*pages.back());
+        }
+        if (file_.readParts(uint64_t(pageNumbers[first]) * size, parts)) {
+            for (std::size_t i = first; i < end; ++i)
+                remember(pageNumbers[i], std::move(pages[i - first]));
         }
         first = end;
     }

@@ -146,3 +146,37 @@ TEST(NewDatabases, AFailureNamesTheDatabaseAndLeavesNoFile)
     EXPECT_FALSE(files.exists("/weather/My Weather.mdb"));
     EXPECT_FALSE(files.exists("/weather/My Weather.mdb.nimbrel-new"));
 }
+
+// A read scattered into parts fills them exactly as one read of their total
+// size, on disk (one system call) and in memory; a read past the end fails.
+TEST_F(WriteSafety, ReadsScatteredIntoPartsMatchOneRead)
+{
+    std::vector<uint8_t> content(3 * 4096 + 100);
+    for (std::size_t i = 0; i < content.size(); ++i)
+        content[i] = uint8_t(i * 7 + i / 256);
+    const std::string path = (folder / "parts.bin").string();
+    {
+        auto file = openDiskFile(path, OpenMode::CreateNew);
+        ASSERT_TRUE(file);
+        ASSERT_TRUE((*file)->write(0, content));
+    }
+    auto disk = openDiskFile(path, OpenMode::ReadOnly);
+    ASSERT_TRUE(disk);
+    MemoryFile memory(content);
+    for (File* file : {disk->get(), static_cast<File*>(&memory)}) {
+        SCOPED_TRACE(file->name());
+        std::vector<uint8_t> a(4096), b(0), c(5000), d(1);
+        const std::vector<std::span<uint8_t>> parts{a, b, c, d};
+        ASSERT_TRUE(file->readParts(50, parts));
+        std::vector<uint8_t> joined;
+        for (const auto& part : {a, b, c, d})
+            joined.insert(joined.end(), part.begin(), part.end());
+        EXPECT_TRUE(std::equal(joined.begin(), joined.end(), content.begin() + 50));
+
+        std::vector<uint8_t> tooFar(200);
+        const std::vector<std::span<uint8_t>> pastTheEnd{a, tooFar};
+        const Status read = file->readParts(content.size() - 4096 - 100, pastTheEnd);
+        ASSERT_FALSE(read);
+        EXPECT_NE(read.error().message.find("unexpected end of file"), std::string::npos) << read.error().message;
+    }
+}
