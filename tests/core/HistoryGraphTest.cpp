@@ -19,7 +19,7 @@ protected:
 
     struct Reading {
         QDateTime time;
-        double outTemperature;
+        QVariant outTemperature;  // null: no value
         QString windDirection = "N";
         int stability = 0;
     };
@@ -193,6 +193,23 @@ TEST_F(HistoryGraphTest, WindDirectionsTiesAndStabilityChanges)
     EXPECT_EQ(series.marks[0].stability, 3);
     EXPECT_DOUBLE_EQ(series.marks[0].x, series.x[2]);
     EXPECT_EQ(series.marks[1].stability, 1);
+}
+
+// A reading without a value leaves no point, wherever it lies; the extremes
+// and their times come from the readings that have one.
+TEST_F(HistoryGraphTest, ReadingsWithoutAValueLeaveNoPoint)
+{
+    addReadings(7, {{at(0, 1), QVariant()}, {at(0, 2), 4.5}, {at(0, 3), QVariant()}, {at(0, 4), -2.0},
+                    {at(0, 5), 9.0}, {at(0, 6), QVariant()}});
+    graph.apply({false, 0, {trace()}});
+    ASSERT_TRUE(graph.refresh());
+    const TraceSeries& series = graph.data()->traces.at(0);
+    EXPECT_EQ(series.y, (std::vector<double>{4.5, -2, 9}));
+    ASSERT_EQ(series.size(), 3u);
+    EXPECT_EQ(series.minutes, (std::vector<qint16>{120, 240, 300}));
+    EXPECT_EQ(series.label(2, true), "05:00");
+    EXPECT_EQ(series.annotation(), "Max: 9 @ 05:00  Min: -2 @ 04:00");
+    EXPECT_EQ(graph.data()->yMinimum, -2.0);
 }
 
 TEST_F(HistoryGraphTest, TheValueAxisCoversThePreferencesAndTheData)

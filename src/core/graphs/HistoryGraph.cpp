@@ -160,9 +160,7 @@ void HistoryGraph::fitValueAxis(GraphData& data) const
         const double a = NumberText::leadingNumber(settings_.axisMinimum(group));
         const double b = NumberText::leadingNumber(settings_.axisMaximum(group));
         include(std::min(a, b), std::max(a, b));
-        if (!series.y.empty()) {
-            const auto [low, high] = std::minmax_element(series.y.begin(), series.y.end());
-            include(*low, *high);
-        }
+        if (!series.y.empty())
+            include(series.minimum, series.maximum);
     }
 }

@@ -34,45 +34,62 @@ std::vector<double> xOf(const HistoryColumns& rows, bool singleDay, int offset)
     return x;
 }
 
+// Copies the elements of `from` at the rows `kept` into `to`; all of them
+// at once when every row is kept.
+template <typename T>
+void copyRows(const std::vector<T>& from, const std::vector<std::size_t>& kept, bool all, std::vector<T>& to)
+{
+    if (all) {
+        to = from;
+        return;
+    }
+    to.reserve(kept.size());
+    for (std::size_t i : kept)
+        to.push_back(from[i]);
+}
+
 // One trace's series from the rows of its query (column `column` its values).
 TraceSeries seriesOf(const TraceEntry& trace, const HistoryColumns& rows, const std::vector<double>& x,
-                 std::size_t column)
+                     std::size_t column)
 {
     TraceSeries series;
     series.trace = trace;
     const std::vector<double>& values = rows.values[column];
-    series.x.reserve(rows.size());
-    series.y.reserve(rows.size());
-    series.stamps.reserve(rows.size());
-    series.minutes.reserve(rows.size());
+    std::vector<std::size_t> kept;  // the rows with a value, when some have none
+    bool all = true;
     std::size_t maximumRow = 0, minimumRow = 0;
     qint16 previousStability = HistoryColumns::kNoStability;
     for (std::size_t i = 0; i < rows.size(); ++i) {
         const double value = values[i];
-        if (std::isnan(value))
-            continue;  // no value, no point
-        const bool first = series.y.empty();
+        if (std::isnan(value)) {  // no value, no point
+            if (all) {
+                all = false;
+                for (std::size_t k = 0; k < i; ++k)
+                    kept.push_back(k);
+            }
+            continue;
+        }
+        if (!all)
+            kept.push_back(i);
         // Ties keep the earlier reading.
-        if (first || value > series.maximum) {
-            series.maximum = value;
+        if (value > values[maximumRow] || std::isnan(values[maximumRow]))
             maximumRow = i;
-        }
-        if (first || value < series.minimum) {
-            series.minimum = value;
+        if (value < values[minimumRow] || std::isnan(values[minimumRow]))
             minimumRow = i;
-        }
         const qint16 stability = rows.stability[i];
         if (stability != HistoryColumns::kNoStability) {
             if (previousStability != HistoryColumns::kNoStability && stability != previousStability)
                 series.marks.push_back({x[i], value, stability});
             previousStability = stability;
         }
-        series.x.push_back(x[i]);
-        series.y.push_back(value);
-        series.stamps.push_back(rows.stamps[i]);
-        series.minutes.push_back(rows.minutes[i]);
     }
+    copyRows(x, kept, all, series.x);
+    copyRows(values, kept, all, series.y);
+    copyRows(rows.stamps, kept, all, series.stamps);
+    copyRows(rows.minutes, kept, all, series.minutes);
     if (!series.y.empty()) {
+        series.maximum = values[maximumRow];
+        series.minimum = values[minimumRow];
         series.maximumTime = rows.timeText(maximumRow);
         series.minimumTime = rows.timeText(minimumRow);
         series.maximumStamp = rows.stamps[maximumRow];
