@@ -260,8 +260,13 @@ TEST(ChartPictures, CompressedPixelsReadBackExactly)
         quint32 seed = 20261124;
         for (std::size_t i = 0; i < pixels.size(); ++i) {
             seed = seed * 1664525u + 1013904223u;
-            const bool noisy = i < pixels.size() / 2;  // the lower half long runs
-            const quint32 entry = noisy ? (seed >> 16) % quint32(colours) : quint32(i / 997) % quint32(colours);
+            // A third noise, a third long runs, a third a background with
+            // specks, as a chart's picture has.
+            const std::size_t third = i * 3 / pixels.size();
+            const quint32 noise = (seed >> 16) % quint32(colours);
+            const quint32 entry = third == 0   ? noise
+                                  : third == 1 ? quint32(i / 997) % quint32(colours)
+                                               : (noise % 29 == 0 ? noise : 0);
             // colours far enough apart to stay apart in the palette
             pixels[i] = 0xff000000u | (entry & 7) << 21 | (entry >> 3 & 7) << 13 | (entry >> 6 & 3) << 6;
         }
