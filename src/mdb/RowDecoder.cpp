@@ -221,11 +221,23 @@ Result<Value> RowView::value(std::size_t position) const
     return decoder_.columnValue(row_, frame_, *wanted);
 }
 
-Result<double> RowView::anyNumber(std::size_t position) const
+Result<double> RowView::otherNumber(std::size_t position) const
 {
     const Column* wanted = column(position);
     if (!wanted || !isNumberType(wanted->type))
         return invalidArgument("column position " + std::to_string(position) + " does not hold numbers");
+    const std::size_t at = kRowCountSize + wanted->fixedOffset;
+    if (wanted->isFixed() && row_.has(at, fixedSizeOf(wanted->type))) {
+        if (!decoder_.isPresent(frame_, *wanted))
+            return std::nan("");
+        switch (wanted->type) {
+        case ColumnType::Single: return double(row_.f32(at));
+        case ColumnType::Long: return double(row_.s32(at));
+        case ColumnType::Integer: return double(row_.s16(at));
+        case ColumnType::Byte: return double(row_.u8(at));
+        default: break;  // Currency and the rest below
+        }
+    }
     auto value = decoder_.columnValue(row_, frame_, *wanted);
     if (!value)
         return value.error();

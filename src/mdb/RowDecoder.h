@@ -89,7 +89,7 @@ public:
             if (row_.has(at, 8))
                 return row_.f64(at);
         }
-        return anyNumber(position);
+        return otherNumber(position);
     }
     // A Text or Memo column's value into `into` (its storage reused), any
     // other value as toText writes it; false, leaving `into` as it was,
@@ -110,7 +110,9 @@ private:
         const std::vector<Column>& columns = decoder_.table_.columns;
         return position < columns.size() ? &columns[position] : nullptr;
     }
-    Result<double> anyNumber(std::size_t position) const;
+    // Any other number: a fixed-size integer or Single read straight, the
+    // rest decoded as a Value first.
+    Result<double> otherNumber(std::size_t position) const;
 
     const RowDecoder& decoder_;
     ByteView row_;
