@@ -10,6 +10,7 @@
 #include <algorithm>
 #include <cmath>
 #include <map>
+#include <thread>
 
 namespace plot {
 
@@ -18,6 +19,7 @@ namespace {
 constexpr int kGridAlpha = 45;
 constexpr double kMarkerRadius = 3.5;
 constexpr double kLegibleContrast = 2.4;  // between a line and its background
+constexpr std::size_t kPointsWorthAThread = 100000;  // fewer take less time than starting a thread saves
 
 // `colour` laid over `background` at `alpha` (0-255), as one opaque colour:
 // the raster engine blends translucent pens far more slowly than it fills.
@@ -90,16 +92,41 @@ private:
         }
     }
 
+    // Every line's envelope, worked out before any is drawn; long lines on
+    // two threads, as each line's is its own.
+    std::vector<std::vector<QPointF>> envelopes(int columns) const
+    {
+        const std::vector<LineSeries>& lines = chart_.lines;
+        std::vector<std::vector<QPointF>> kept(lines.size());
+        const auto workOut = [&](std::size_t first) {
+            for (std::size_t i = first; i < lines.size(); i += 2)
+                kept[i] = envelope(lines[i].x, lines[i].y, layout_.xMinimum(), layout_.xMaximum(), columns);
+        };
+        std::size_t points = 0;
+        for (const LineSeries& line : lines)
+            points += line.x.size();
+        if (lines.size() < 2 || points < kPointsWorthAThread) {
+            workOut(0);
+            workOut(1);
+            return kept;
+        }
+        std::thread other(workOut, 1);
+        workOut(0);
+        other.join();
+        return kept;
+    }
+
     void paintLines()
     {
         const double scale = painter_.device()->devicePixelRatioF();
         const int columns = int(std::ceil(layout_.plot().width() * scale));
-        for (const LineSeries& line : chart_.lines) {
+        const std::vector<std::vector<QPointF>> envelopesOfLines = envelopes(columns);
+        for (std::size_t i = 0; i < chart_.lines.size(); ++i) {
+            const LineSeries& line = chart_.lines[i];
             QPen pen(ink(line.colour), 1);
             pen.setCosmetic(true);  // one device pixel wide: the fast way to draw a long line
             painter_.setPen(pen);
-            const std::vector<QPointF> kept =
-                envelope(line.x, line.y, layout_.xMinimum(), layout_.xMaximum(), columns);
+            const std::vector<QPointF>& kept = envelopesOfLines[i];
             QPolygonF points;
             points.reserve(qsizetype(kept.size()));
             for (const QPointF& point : kept)
