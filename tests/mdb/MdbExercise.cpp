@@ -57,6 +57,20 @@ int exerciseDatabase(std::vector<uint8_t> bytes)
             return true;
         });
         errors += !scanned;
+        // The same rows once more as views, every column read as a number
+        // and as text.
+        std::vector<mdb::RowPointer> locations;
+        for (const mdb::Row& row : rows)
+            locations.push_back(row.location);
+        std::string text;
+        errors += !(*database)->visitRows(*table, locations, [&](const mdb::RowView& view) {
+            for (std::size_t column = 0; column < table->columns.size(); ++column) {
+                if (mdb::isNumberType(table->columns[column].type))
+                    errors += !view.number(column);
+                errors += !view.text(column, text);
+            }
+            return true;
+        });
         for (const mdb::Index& index : table->indexes) {
             const mdb::RealIndex& real = table->realIndexes[index.realIndex];
             int entries = 0;
