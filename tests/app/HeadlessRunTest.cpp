@@ -162,6 +162,30 @@ TEST_F(HeadlessRunTest, KeepsRunningAndReportsWhenTheDatabaseIsMissing)
     EXPECT_TRUE(run.readAllStandardError().contains("error: ")) << "errors on standard error with their level";
 }
 
+// A database that Access holds open does not stop it either: it says so at
+// each mark, and logs again once Access lets the file go.
+TEST_F(HeadlessRunTest, WaitsOutADatabaseHeldByAccess)
+{
+    QFile lock(folder.file("Weather.ldb"));
+    ASSERT_TRUE(lock.open(QIODevice::WriteOnly));
+    lock.close();
+    QProcess run;
+    start(run);
+    const auto logText = [&] {
+        QFile log(folder.file("ErrorLog.txt"));
+        return log.open(QIODevice::ReadOnly) ? QString::fromUtf8(log.readAll()) : QString();
+    };
+    EXPECT_TRUE(waitFor([&] { return logText().contains("is open in Access"); }, 20000)) << logText().toStdString();
+    EXPECT_EQ(run.state(), QProcess::Running);
+    EXPECT_TRUE(logged().isEmpty());
+
+    ASSERT_TRUE(QFile::remove(folder.file("Weather.ldb")));
+    EXPECT_TRUE(waitFor([&] { return logged().size() >= 2; }, 20000)) << "logging again once the file is free";
+    run.terminate();
+    ASSERT_TRUE(run.waitForFinished(10000));
+    EXPECT_EQ(run.exitCode(), 0);
+}
+
 TEST(HeadlessRunUsage, RefusesWhatItDoesNotKnow)
 {
     for (const QStringList& wrong : {QStringList{"run"}, QStringList{"run", "--headless", "x"},
