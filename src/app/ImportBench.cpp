@@ -6,6 +6,7 @@
 #include "core/import/HistoryImport.h"
 #include "core/import/StationHistoryReader.h"
 #include "core/text/Clock.h"
+#include "core/text/DateText.h"
 
 #include <QElapsedTimer>
 #include <QFile>
@@ -45,7 +46,7 @@ bool writeTenYears(const QString& path, QTextStream& errors)
         errors << "nimbrel bench: " << file.errorString() << '\n';
         return false;
     }
-    const double firstDay = double(QDate(1899, 12, 30).daysTo(QDate(2015, 1, 1)));
+    const double firstDay = double(DateText::zeroDate().daysTo(QDate(2015, 1, 1)));
     QByteArray block;
     float rain = 0;
     for (qint64 i = 0; i < kTenYears; ++i) {

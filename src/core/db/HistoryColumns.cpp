@@ -3,6 +3,7 @@
 #include "core/db/ColumnValues.h"
 #include "core/db/DatabaseSession.h"
 #include "core/text/Compass.h"
+#include "core/text/DateText.h"
 #include "mdb/RowDecoder.h"
 
 #include <cmath>
@@ -176,7 +177,7 @@ qint64 HistoryColumns::storedDay(std::size_t row) const
 {
     if (row < dayTexts.size() && dayTexts[row] != 0)
         return dayTexts[row];
-    static const qint64 dayZero = QDate(1899, 12, 30).toJulianDay();  // stored times count days from it
+    static const qint64 dayZero = DateText::zeroDate().toJulianDay();  // stored times count days from it
     return dayZero + qint64(std::floor(stamps.at(row)));
 }
 

@@ -1,6 +1,7 @@
 #include "core/graphs/GraphData.h"
 
 #include "core/db/ColumnValues.h"
+#include "core/text/DateText.h"
 #include "core/text/NumberText.h"
 
 #include <QDateTime>
@@ -42,5 +43,5 @@ QDateTime wallClockTime(double stored)
 
 double storedDays(const QDate& date)
 {
-    return double(QDate(1899, 12, 30).daysTo(date));
+    return double(DateText::zeroDate().daysTo(date));
 }
