@@ -49,6 +49,9 @@ QVariant SummaryTableModel::headerData(int section, Qt::Orientation orientation,
         return {};
     if (orientation == Qt::Vertical)
         return section + 1;
-    // "Max — Garden, Temperature Out" on two lines, to keep its column narrow.
-    return QString(table_.headers.value(section)).replace(QStringLiteral(" \u2014 "), QStringLiteral("\n"));
+    // "Max — Garden, Temperature Out" on three lines, to keep its column of
+    // short numbers narrow enough that two pairs fit beside the chart.
+    return QString(table_.headers.value(section))
+        .replace(QStringLiteral(" \u2014 "), QStringLiteral("\n"))
+        .replace(QStringLiteral(", "), QStringLiteral("\n"));
 }

@@ -191,7 +191,7 @@ private slots:
         waitForChart(chart, [](const plot::Chart& c) { return c.lines.size() == 4; });
         QCOMPARE(chart->chart()->lines[2].name, QString("Max \u2014 Demo Station, Dewpoint"));
         QCOMPARE(table->model()->columnCount(), 5);
-        QCOMPARE(table->model()->headerData(3, Qt::Horizontal).toString(), QString("Max\nDemo Station, Dewpoint"));
+        QCOMPARE(table->model()->headerData(3, Qt::Horizontal).toString(), QString("Max\nDemo Station\nDewpoint"));
         saveGrab(run->window.get(), "max-mins-tab.png");
         QVERIFY(run->errors.empty());
     }
