@@ -199,20 +199,6 @@ Result<RowView> RowDecoder::view(ByteView row, RowPointer location) const
     return RowView(*this, row, *layout, location);
 }
 
-bool isNumberType(ColumnType type)
-{
-    switch (type) {
-    case ColumnType::Byte:
-    case ColumnType::Integer:
-    case ColumnType::Long:
-    case ColumnType::Currency:
-    case ColumnType::Single:
-    case ColumnType::Double:
-    case ColumnType::DateTime: return true;
-    default: return false;
-    }
-}
-
 Result<Value> RowView::value(std::size_t position) const
 {
     const Column* wanted = column(position);

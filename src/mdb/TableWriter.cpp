@@ -32,17 +32,9 @@ std::vector<uint8_t> pointerBytes(RowPointer pointer)
 
 bool keyTypeSupported(const Column& column)
 {
-    switch (column.type) {
-    case ColumnType::Byte:
-    case ColumnType::Integer:
-    case ColumnType::Long:
-    case ColumnType::Currency:
-    case ColumnType::Single:
-    case ColumnType::Double:
-    case ColumnType::DateTime: return true;
-    case ColumnType::Text: return column.sortOrder == kGeneralSortOrder;
-    default: return false;
-    }
+    if (isNumberType(column.type))
+        return true;
+    return column.type == ColumnType::Text && column.sortOrder == kGeneralSortOrder;
 }
 
 }  // namespace

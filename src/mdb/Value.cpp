@@ -45,6 +45,20 @@ std::size_t fixedSizeOf(ColumnType type)
     }
 }
 
+bool isNumberType(ColumnType type)
+{
+    switch (type) {
+    case ColumnType::Byte:
+    case ColumnType::Integer:
+    case ColumnType::Long:
+    case ColumnType::Currency:
+    case ColumnType::Single:
+    case ColumnType::Double:
+    case ColumnType::DateTime: return true;
+    default: return false;
+    }
+}
+
 namespace {
 
 // Days from 1 Jan 1970 to a civil date (proleptic Gregorian).

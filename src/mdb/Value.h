@@ -33,6 +33,10 @@ const char* typeName(ColumnType type);
 // bit of the null mask, counted here as 1); 0 for types whose values vary.
 std::size_t fixedSizeOf(ColumnType type);
 
+// Whether values of the type are numbers: Byte, Integer, Long, Currency,
+// Single, Double and DateTime (a count of days).
+bool isNumberType(ColumnType type);
+
 // The absence of a value.
 struct Null {
     bool operator==(const Null&) const = default;
