@@ -354,7 +354,16 @@ Status Database::scanRange(const TableDefinition& table, const std::string& inde
                            const std::vector<Value>& low, const std::vector<Value>& high,
                            const std::function<bool(const Row&)>& visit, const std::vector<std::string>& columns)
 {
-    auto wanted = columnMask(table, columns);
+    auto positions = columnPositions(table, columns);
+    if (!positions)
+        return positions.error();
+    ViewDecoding rows(table, std::move(*positions), visit);
+    return rows.finish(scanRangeViews(table, indexName, low, high, rows.visitor()));
+}
+
+Result<std::vector<std::size_t>> columnPositions(const TableDefinition& table, const std::vector<std::string>& names)
+{
+    auto wanted = columnMask(table, names);
     if (!wanted)
         return wanted.error();
     std::vector<std::size_t> positions;
@@ -362,19 +371,32 @@ Status Database::scanRange(const TableDefinition& table, const std::string& inde
         if ((*wanted)[i])
             positions.push_back(i);
     }
-    Row row;
-    row.values.resize(table.columns.size());
-    Status decoded;
-    Status scanned = scanRangeViews(table, indexName, low, high, [&](const RowView& view) {
-        decoded = view.decodeInto(positions, row.values);
-        if (!decoded)
+    return positions;
+}
+
+ViewDecoding::ViewDecoding(const TableDefinition& table, std::vector<std::size_t> positions,
+                           const std::function<bool(const Row&)>& visit)
+    : table_(table), positions_(std::move(positions)), visit_(visit)
+{
+    row_.values.resize(table.columns.size());
+}
+
+std::function<bool(const RowView&)> ViewDecoding::visitor()
+{
+    return [this](const RowView& view) {
+        decoded_ = view.decodeInto(positions_, row_.values);
+        if (!decoded_)
             return false;
-        row.location = view.location();
-        return visit(row);
-    });
-    if (!decoded)
-        return within("table " + table.name, decoded.error());
-    return scanned;
+        row_.location = view.location();
+        return visit_(row_);
+    };
+}
+
+Status ViewDecoding::finish(const Status& walked) const
+{
+    if (!decoded_)
+        return within("table " + table_.name, decoded_.error());
+    return walked;
 }
 
 Result<std::vector<Row>> findRows(Database& database, IndexPages& pages, const TableDefinition& table,

@@ -34,6 +34,30 @@ struct Row {
     std::vector<Value> values;
 };
 
+// The positions of the named columns in the table's column list, all of
+// them when none is named; a name the table lacks is a NotFound error.
+Result<std::vector<std::size_t>> columnPositions(const TableDefinition& table, const std::vector<std::string>& names);
+
+// Turns a walk over row views into a walk over rows: each view's columns at
+// `positions` are decoded into one Row, reused from row to row, for `visit`.
+// Walk the views with visitor(); finish() then gives the walk's Status, or
+// the failure to decode a row, naming the table. Keeps references to the
+// table and to `visit`.
+class ViewDecoding {
+public:
+    ViewDecoding(const TableDefinition& table, std::vector<std::size_t> positions,
+                 const std::function<bool(const Row&)>& visit);
+    std::function<bool(const RowView&)> visitor();
+    Status finish(const Status& walked) const;
+
+private:
+    const TableDefinition& table_;
+    std::vector<std::size_t> positions_;
+    const std::function<bool(const Row&)>& visit_;
+    Row row_;
+    Status decoded_;
+};
+
 // An Access 2000-2003 (Jet 4) database file, open for reading or writing.
 //
 // open() checks the header (refusing other versions and encrypted files),

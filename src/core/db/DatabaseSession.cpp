@@ -233,28 +233,14 @@ mdb::Status DatabaseSession::rowsBetween(const SessionTable& table, const std::v
                                          const ColumnValue& low, const QVariant& high,
                                          const std::function<bool(const mdb::Row&)>& visit, const QStringList& columns)
 {
-    std::vector<std::size_t> positions;
-    const std::size_t columnCount = table.definition().columns.size();
-    if (columns.isEmpty()) {
-        for (std::size_t i = 0; i < columnCount; ++i)
-            positions.push_back(i);
-    } else {
-        for (const std::string& name : decodedColumns(table, columns, equal, low.column))
-            positions.push_back(std::size_t(table.position(QString::fromStdString(name))));
-    }
-    mdb::Row row;
-    row.values.resize(columnCount);
-    mdb::Status decoded;
-    mdb::Status walked = viewsBetween(table, equal, low, high, [&](const mdb::RowView& view) {
-        decoded = view.decodeInto(positions, row.values);
-        if (!decoded)
-            return false;
-        row.location = view.location();
-        return visit(row);
-    });
-    if (!decoded)
-        return mdb::within("table " + table.name(), decoded.error());
-    return walked;
+    // No columns named: all of them.
+    auto positions = mdb::columnPositions(table.definition(), columns.isEmpty()
+                                                                  ? std::vector<std::string>()
+                                                                  : decodedColumns(table, columns, equal, low.column));
+    if (!positions)
+        return positions.error();
+    mdb::ViewDecoding rows(table.definition(), std::move(*positions), visit);
+    return rows.finish(viewsBetween(table, equal, low, high, rows.visitor()));
 }
 
 std::vector<std::string> DatabaseSession::decodedColumns(const SessionTable& table, const QStringList& columns,
