@@ -167,18 +167,14 @@ Result<std::vector<Value>> RowDecoder::decode(ByteView row, const std::vector<bo
 
 bool RowDecoder::decodeNumberInPlace(ByteView row, const Frame& frame, const Column& column, Value& value) const
 {
-    // The common case of a range read, a present Double or DateTime, written
-    // into the value's slot without a Result and a move of a Value; anything
-    // else (and any row that does not hold the value) takes the general way.
-    if (column.type != ColumnType::Double && column.type != ColumnType::DateTime)
-        return false;
-    const std::size_t at = kRowCountSize + column.fixedOffset;
-    if (!column.isFixed() || !isPresent(frame, column) || !row.has(at, 8))
+    // Written into the value's slot without a Result and a move of a Value.
+    const auto at = fixedDoubleAt(row, frame, column);
+    if (!at)
         return false;
     if (column.type == ColumnType::Double)
-        value.emplace<double>(row.f64(at));
+        value.emplace<double>(row.f64(*at));
     else
-        value.emplace<DateTime>(DateTime{row.f64(at)});
+        value.emplace<DateTime>(DateTime{row.f64(*at)});
     return true;
 }
 
@@ -212,18 +208,6 @@ Result<double> RowView::otherNumber(std::size_t position) const
     const Column* wanted = column(position);
     if (!wanted || !isNumberType(wanted->type))
         return invalidArgument("column position " + std::to_string(position) + " does not hold numbers");
-    const std::size_t at = kRowCountSize + wanted->fixedOffset;
-    if (wanted->isFixed() && row_.has(at, fixedSizeOf(wanted->type))) {
-        if (!decoder_.isPresent(frame_, *wanted))
-            return std::nan("");
-        switch (wanted->type) {
-        case ColumnType::Single: return double(row_.f32(at));
-        case ColumnType::Long: return double(row_.s32(at));
-        case ColumnType::Integer: return double(row_.s16(at));
-        case ColumnType::Byte: return double(row_.u8(at));
-        default: break;  // Currency and the rest below
-        }
-    }
     auto value = decoder_.columnValue(row_, frame_, *wanted);
     if (!value)
         return value.error();

@@ -5,7 +5,6 @@
 #include "mdb/TableDefinition.h"
 #include "mdb/Value.h"
 
-#include <limits>
 #include <optional>
 #include <string>
 #include <vector>
@@ -57,6 +56,18 @@ private:
     Result<std::optional<ByteView>> variableBytes(ByteView row, const Frame& frame, const Column& column) const;
     Result<Value> variableValue(ByteView row, const Frame& frame, const Column& column) const;
     Result<Value> columnValue(ByteView row, const Frame& frame, const Column& column) const;
+    // Where the row holds a present Double or DateTime of its fixed part,
+    // the common case of a range read; nothing for any other column or case
+    // (the general way decodes those, or reports the damage).
+    std::optional<std::size_t> fixedDoubleAt(ByteView row, const Frame& frame, const Column& column) const
+    {
+        if (column.type != ColumnType::Double && column.type != ColumnType::DateTime)
+            return std::nullopt;
+        const std::size_t at = kRowCountSize + column.fixedOffset;
+        if (!column.isFixed() || !isPresent(frame, column) || !row.has(at, 8))
+            return std::nullopt;
+        return at;
+    }
     // Decodes a present Double or DateTime value straight into `value`;
     // false, touching nothing, for any other column or case.
     bool decodeNumberInPlace(ByteView row, const Frame& frame, const Column& column, Value& value) const;
@@ -79,15 +90,9 @@ public:
     // column is an InvalidArgument error, a value outside the row Corruption.
     Result<double> number(std::size_t position) const
     {
-        // A Double or DateTime in the fixed part, the usual case, read here.
-        const Column* wanted = column(position);
-        if (wanted && wanted->isFixed() &&
-            (wanted->type == ColumnType::Double || wanted->type == ColumnType::DateTime)) {
-            if (!decoder_.isPresent(frame_, *wanted))
-                return std::numeric_limits<double>::quiet_NaN();
-            const std::size_t at = kRowCountSize + wanted->fixedOffset;
-            if (row_.has(at, 8))
-                return row_.f64(at);
+        if (const Column* wanted = column(position)) {
+            if (const auto at = decoder_.fixedDoubleAt(row_, frame_, *wanted))
+                return row_.f64(*at);  // the usual case, without a Value
         }
         return otherNumber(position);
     }
@@ -110,8 +115,7 @@ private:
         const std::vector<Column>& columns = decoder_.table_.columns;
         return position < columns.size() ? &columns[position] : nullptr;
     }
-    // Any other number: a fixed-size integer or Single read straight, the
-    // rest decoded as a Value first.
+    // Any other number (and null), decoded as a Value first.
     Result<double> otherNumber(std::size_t position) const;
 
     const RowDecoder& decoder_;
