@@ -270,10 +270,10 @@ int runCreateDb(const QStringList& given)
         return code;
     const QStringList arguments = command.positional();
     if (mdb::Status created = NimbrelSchema::createDatabase(arguments.first().toStdString()); !created) {
-        QTextStream(stderr) << "nimbrel create-db: " << QString::fromStdString(created.error().message) << '\n';
+        errors << "nimbrel create-db: " << QString::fromStdString(created.error().message) << '\n';
         return 1;
     }
-    QTextStream(stdout) << "Created " << arguments.first() << " with the tables "
+    out << "Created " << arguments.first() << " with the tables "
                         << QString::fromStdString([] {
                                std::string names;
                                for (const std::string& name : NimbrelSchema::tableNames())
@@ -317,13 +317,13 @@ int runVerifyDb(const QStringList& arguments)
     const std::string path = files.first().toStdString();
     if (repair) {
         if (mdb::Status repaired = repairDatabase(path); !repaired) {
-            QTextStream(stderr) << "nimbrel verify-db: " << QString::fromStdString(repaired.error().message) << '\n';
+            errors << "nimbrel verify-db: " << QString::fromStdString(repaired.error().message) << '\n';
             return 1;
         }
     }
     auto database = openForCommand("verify-db", path);
     if (!database) {
-        QTextStream(stderr) << "nimbrel verify-db: " << QString::fromStdString(database.error().message) << '\n';
+        errors << "nimbrel verify-db: " << QString::fromStdString(database.error().message) << '\n';
         return 1;
     }
     const mdb::VerifyReport report = mdb::verifyDatabase(**database);
